@@ -1,0 +1,15 @@
+# Unit tests mirror src/; tests/tools holds small programs that the end-to-end tests drive.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+file(GLOB_RECURSE unit_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/unit/*_test.cc")
+add_executable(zv-unit-tests ${unit_sources})
+target_include_directories(zv-unit-tests PRIVATE "${CMAKE_SOURCE_DIR}/tests/unit")
+target_link_libraries(zv-unit-tests PRIVATE zv_cli GTest::gtest GTest::gmock GTest::gtest_main)
+gtest_discover_tests(zv-unit-tests DISCOVERY_TIMEOUT 60)
+
+file(GLOB tool_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/tools/*.cc")
+foreach(source IN LISTS tool_sources)
+  get_filename_component(tool "${source}" NAME_WE)
+  add_executable(${tool} "${source}")
+  target_link_libraries(${tool} PRIVATE zv_cli)
+endforeach()
