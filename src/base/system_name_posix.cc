@@ -1,0 +1,17 @@
+#include <sys/utsname.h>
+
+#include "base/system_name.h"
+
+namespace zv {
+
+std::string system_name() {
+  utsname name{};
+  return uname(&name) == 0 ? name.sysname : "";
+}
+
+std::string machine_name() {
+  utsname name{};
+  return uname(&name) == 0 ? name.machine : "";
+}
+
+}  // namespace zv

@@ -1,0 +1,67 @@
+#include "base/json.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "base/value_text.h"
+
+namespace zv {
+namespace {
+
+std::string read_and_show(std::string_view text) {
+  return plain_text(parse_json(text));
+}
+
+TEST(ParseJson, KeepsWholeNumbersAndRealsApart) {
+  EXPECT_EQ(read_and_show("[1, 1.0, -7, 1e2, 18446744073709551615, 1000000000000000000000]"),
+            "[1, 1.0, -7, 100.0, 18446744073709551615, 1000000000000000000000]");
+}
+
+TEST(ParseJson, KeepsOrderAndTheLastOfEqualKeys) {
+  EXPECT_EQ(read_and_show(R"({"b": 1, "a": 2, "b": 3})"), "{'b': 3, 'a': 2}");
+}
+
+TEST(ParseJson, ReadsEscapes) {
+  EXPECT_EQ(read_and_show(R"("\ud83d\ude00\u00e4\n")"), "😀ä\n");
+}
+
+TEST(ParseJson, RefusesWhatIsNoJson) {
+  for (const char* text :
+       {"", "{", "{'a': 1}", "[1,]", "1 2", "{} x", "\"\xff\"", "nul", "<html>"}) {
+    EXPECT_THROW(parse_json(text), JsonError) << text;
+  }
+}
+
+TEST(ParseJson, RefusesBottomlessNesting) {
+  EXPECT_THROW(parse_json(std::string(100000, '[')), JsonError);
+  EXPECT_NO_THROW(parse_json(std::string(400, '[') + std::string(400, ']')));
+}
+
+TEST(JsonLine, SeparatesWithBlanksAndEscapesToAscii) {
+  EXPECT_EQ(json_line(Map{{"region", "größe"}, {"n", List{1, 2.0, true, nullptr}}}),
+            R"({"region": "gr\u00f6\u00dfe", "n": [1, 2.0, true, null]})");
+  EXPECT_EQ(json_line("😀\"\\\n\x01\x7f"), "\"\\ud83d\\ude00\\\"\\\\\\n\\u0001\x7f\"");
+}
+
+TEST(JsonLine, WritesNumbersThatJsonHasNoWordFor) {
+  EXPECT_EQ(json_line(List{std::nan(""), INFINITY, -INFINITY}), "[NaN, Infinity, -Infinity]");
+  EXPECT_EQ(json_line(BigInteger{"100000000000000000000"}), "100000000000000000000");
+}
+
+TEST(JsonLine, KeepsBytesThatAreNoText) {
+  EXPECT_EQ(json_line("caf\xe9"), "\"caf\\udce9\"");
+}
+
+TEST(JsonLine, RefusesWhatItCannotWrite) {
+  EXPECT_THROW(json_line(Opaque{"Decimal", "1", "Decimal('1')"}), JsonError);
+}
+
+TEST(JsonIndented, PutsEveryElementOnALine) {
+  EXPECT_EQ(json_indented(List{Map{{"a", List{1}}, {"b", List()}, {"c", Map()}}}),
+            "[\n  {\n    \"a\": [\n      1\n    ],\n    \"b\": [],\n    \"c\": {}\n  }\n]");
+  EXPECT_EQ(json_indented(List()), "[]");
+}
+
+}  // namespace
+}  // namespace zv
