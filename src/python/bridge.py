@@ -1,0 +1,160 @@
+"""Performs the requests of the program in the engine host; see host.py.
+
+A request imports a name, calls an object or asks for an object's value. {"$ref": n} in it stands
+for the object number n. What JSON cannot carry comes back as {"$...": ...}.
+"""
+
+import _thread
+import json
+import os
+import sys
+from _queue import SimpleQueue
+
+GRACE = 5  # seconds that a call gets to end itself when the program has gone
+
+
+def serve(host, first):
+    lines = SimpleQueue()
+    _thread.start_new_thread(receive, (host, lines, first))
+    while (line := lines.get()) is not None:
+        host.send(answer(host, line))
+
+
+def receive(host, lines, data):
+    """Its own thread: hands lines on, and ends the process when the program has gone."""
+    while True:
+        *complete, data = data.split(b"\n")
+        for line in complete:
+            lines.put(line)
+        try:
+            chunk = os.read(host.requests, 65536)
+        except OSError:
+            chunk = b""
+        if not chunk:
+            break
+        data += chunk
+    lines.put(None)
+    if host.busy:
+        end_now()
+
+
+def watch_load(host):
+    """Ends a load that takes long when the program has gone."""
+    import select
+
+    def watch():
+        poll = select.poll()
+        poll.register(host.answers, 0)  # tells only that its other end is closed
+        while host.busy:
+            if poll.poll(500) and host.busy:
+                end_now()
+
+    _thread.start_new_thread(watch, ())
+
+
+def end_now():
+    import signal
+    import time
+
+    os.kill(os.getpid(), signal.SIGTERM)
+    time.sleep(GRACE)
+    os._exit(1)
+
+
+def answer(host, line):
+    try:
+        host.busy = True
+        reply = {"ok": perform(host, json.loads(line, object_pairs_hook=decoder(host)))}
+    except KeyboardInterrupt:
+        reply = {"interrupted": True}
+    except SystemExit as request_to_end:
+        code = request_to_end.code
+        if isinstance(code, str):
+            print(code, file=sys.stderr)
+        reply = {"exit": code if isinstance(code, int) else int(code is not None)}
+    except BaseException as error:
+        reply = {"error": failure(error)}
+    host.busy = False
+    flush()
+    return json.dumps(reply)
+
+
+def decoder(host):
+    def decode(pairs):
+        if len(pairs) == 1 and pairs[0][0] == "$ref":
+            return host.objects[pairs[0][1]]
+        return dict(pairs)
+
+    return decode
+
+
+def perform(host, request):
+    for number in request.get("drop", ()):
+        host.objects.pop(number, None)
+    if "import" in request:
+        result = host.load(*request["import"])
+    elif "value" in request:
+        result = request["value"]
+    else:
+        result = request["call"](*request["args"], **request["keywords"])
+    return host.keep(result) if request["keep"] else encode(result)
+
+
+def encode(value):
+    if value is None or value is True or value is False:
+        return value
+    if isinstance(value, str):
+        return encode_text(str.__str__(value))
+    if isinstance(value, int):
+        return int(value) if -(2**63) <= value < 2**63 else {"$int": str(int(value))}
+    if isinstance(value, float):
+        return float(value) if value - value == 0 else {"$real": str(float(value))}
+    if isinstance(value, (list, tuple)):
+        return [encode(item) for item in value]
+    if isinstance(value, dict):
+        return {"$map": [[encode(str(k)), encode(v)] for k, v in value.items()]}
+    if hasattr(value, "tolist"):  # NumPy scalars and arrays
+        return encode(value.tolist())
+    if isinstance(value, os.PathLike):
+        return encode(os.fspath(value))
+    if isinstance(value, bytes):
+        return {"$bytes": value.hex()}
+    texts = type(value).__name__, str(value), repr(value)
+    return {"$opaque": [encode_text(text) for text in texts]}
+
+
+def encode_text(text):
+    try:
+        text.encode("utf-8")
+        return text
+    except UnicodeEncodeError:  # a file name that is no UTF-8, or half a surrogate pair
+        try:
+            return {"$bytes": text.encode("utf-8", "surrogateescape").hex()}
+        except UnicodeEncodeError:
+            return {"$bytes": text.encode("utf-8", "surrogatepass").hex()}
+
+
+def failure(error):
+    try:
+        text = str(error)
+    except Exception:
+        text = type(error).__name__
+    return {
+        "type": type(error).__name__,
+        "text": encode_text(text),
+        "import": isinstance(error, ImportError),
+    }
+
+
+def flush():
+    """Python's streams and those of native libraries, so that all text keeps its order."""
+    for stream in (sys.stdout, sys.stderr):
+        try:
+            stream.flush()
+        except Exception:
+            pass
+    try:
+        if "ctypes" in sys.modules:
+            sys.modules["ctypes"].CDLL(None).fflush(None)
+    except Exception:
+        pass

@@ -1,0 +1,159 @@
+#include "python/host.h"
+
+#include "base/interrupt.h"
+#include "base/json.h"
+#include "base/value_text.h"
+#include "python/wire.h"
+#include "src/python/bridge.py.inc"
+#include "src/python/host.py.inc"
+
+namespace zv::python {
+namespace {
+
+constexpr std::size_t REQUESTS = 3;  // 0 to 2 belong to the user's terminal
+constexpr std::size_t ANSWERS = 4;
+constexpr std::int64_t PROTOCOL = 1;
+
+std::vector<std::string> command(const std::string& interpreter,
+                                 const std::vector<std::string>& names) {
+  std::vector<std::string> words = {interpreter,
+                                    "-c",
+                                    std::string(HOST_SOURCE),
+                                    std::to_string(REQUESTS),
+                                    std::to_string(ANSWERS),
+                                    std::string(BRIDGE_SOURCE)};
+  words.insert(words.end(), names.begin(), names.end());
+  return words;
+}
+
+const Map& map_of(const Value& answer) {
+  const auto* map = answer.as<Map>();
+  if (!map) throw JsonError("the engine host sent something that is no answer");
+  return *map;
+}
+
+std::string text_of(const Map& map, std::string_view key) {
+  return plain_text(get(map, key, ""));
+}
+
+Reference reference_of(const Value& number) {
+  const auto* id = number.as<std::int64_t>();
+  return Reference{id ? static_cast<std::uint64_t>(*id) : 0};
+}
+
+Hello read_hello(const Map& answer) {
+  if (answer.find("interrupted")) throw Interrupted();
+  if (answer.find("problem")) throw LoadError(text_of(answer, "problem"));
+  const Value protocol = get(answer, "protocol");
+  if (!protocol.as<std::int64_t>() || *protocol.as<std::int64_t>() != PROTOCOL) {
+    throw LoadError("the engine host speaks another protocol");
+  }
+  Hello hello{text_of(answer, "executable"), text_of(answer, "version"), {}};
+  const Value names = get(answer, "names", List());
+  for (const Value& number : *names.as<List>()) hello.names.push_back(reference_of(number));
+  return hello;
+}
+
+Value read_result(const Map& answer) {
+  if (const Value* value = answer.find("ok")) return *value;
+  if (const Value* code = answer.find("exit")) {
+    const auto* status = code->as<std::int64_t>();
+    throw ExitRequest(status ? static_cast<int>(*status) : 1);
+  }
+  const Value* error = answer.find("error");
+  if (!error) throw Interrupted();
+  const Map& map = map_of(*error);
+  throw PythonError(text_of(map, "type"), text_of(map, "text"), truthy(get(map, "import")));
+}
+
+}  // namespace
+
+Host::Host(const std::string& interpreter, const std::vector<std::string>& names, std::ostream& out)
+    : child_(command(interpreter, names),
+             {Child::Stream::inherit, Child::Stream::inherit, Child::Stream::inherit,
+              Child::Stream::write, Child::Stream::read}),
+      out_(out),
+      interpreter_(interpreter) {}
+
+Host::~Host() {
+  child_.close(REQUESTS);
+  child_.run_until([this] { return child_.exit().has_value(); });
+}
+
+void Host::expect_no_calls() {
+  child_.close(REQUESTS);
+}
+
+const Hello& Host::hello() {
+  if (hello_) return *hello_;
+  std::string line;
+  try {
+    line = next_line();
+  } catch (const Error& error) {
+    throw LoadError(error.what());
+  }
+  hello_ = std::make_unique<Hello>(read_hello(map_of(read_answer(line))));
+  return *hello_;
+}
+
+Reference Host::import(std::string_view module, std::string_view name) {
+  return reference_of(request({{"import", List{module, name}}, {"keep", true}}));
+}
+
+Reference Host::builtin(const std::string& module, const std::string& name) {
+  const auto known = builtins_.find({module, name});
+  if (known != builtins_.end()) return known->second;
+  return builtins_.emplace(std::pair{module, name}, import(module, name)).first->second;
+}
+
+Value Host::value(Reference object) {
+  return request({{"value", object}, {"keep", false}});
+}
+
+Value Host::call(Reference function, List arguments, Map keywords) {
+  return request({{"call", function},
+                  {"args", std::move(arguments)},
+                  {"keywords", std::move(keywords)},
+                  {"keep", false}});
+}
+
+Reference Host::call_keep(Reference function, List arguments, Map keywords) {
+  return reference_of(request({{"call", function},
+                               {"args", std::move(arguments)},
+                               {"keywords", std::move(keywords)},
+                               {"keep", true}}));
+}
+
+Value Host::request(Map request) {
+  check_interrupt();
+  List drop;
+  for (const Reference& reference : dropped_)
+    drop.push_back(static_cast<std::int64_t>(reference.id));
+  dropped_.clear();
+  if (!drop.empty()) request.set("drop", std::move(drop));
+  out_.flush();
+  child_.write(REQUESTS, json_line(request) + "\n");
+  const Value answer = read_answer(next_line());
+  if (map_of(answer).find("interrupted")) throw Interrupted();
+  check_interrupt();
+  return read_result(map_of(answer));
+}
+
+std::string Host::next_line() {
+  std::string& received = child_.received(ANSWERS);
+  child_.run_until([&] {
+    return received.find('\n') != std::string::npos ||
+           (child_.ended(ANSWERS) && child_.exit().has_value());
+  });
+  const auto end = received.find('\n');
+  if (end != std::string::npos) {
+    std::string line = received.substr(0, end);
+    received.erase(0, end + 1);
+    return line;
+  }
+  check_interrupt();
+  throw Error("the engine process " + interpreter_ + " ended (" + child_.exit()->text() +
+              ") before it answered");
+}
+
+}  // namespace zv::python

@@ -1,0 +1,103 @@
+"""Runs in the environment's interpreter and lets the program use Python objects one call at a time.
+
+Arguments: the descriptors of requests and answers, the text of bridge.py, then the names
+("module:attribute") to load at once. Both directions carry one ASCII JSON text per line; the first
+answer is the hello. The end of the requests ends this process, also in the middle of a call. What
+is needed only for calls is in bridge.py, compiled with the first: the shortest commands make none.
+"""
+
+import os
+import sys
+
+PROTOCOL = 1
+SLOW_LOAD = 1  # seconds after which loading is watched, for the case that the program goes away
+
+
+class Host:
+    """The two pipes, and the objects that the program holds, named by number."""
+
+    def __init__(self, requests, answers, bridge_source):
+        self.requests, self.answers, self.bridge_source = requests, answers, bridge_source
+        self.objects, self.next_id, self.busy = {}, 1, True
+        for descriptor in (requests, answers):
+            os.set_inheritable(descriptor, False)
+
+    def bridge(self):
+        names = {}
+        exec(self.bridge_source, names)
+        return names
+
+    def send(self, text):
+        data = (text + "\n").encode("ascii")
+        while data:
+            data = data[os.write(self.answers, data) :]
+
+    def keep(self, value):
+        self.objects[self.next_id] = value
+        self.next_id += 1
+        return self.next_id - 1
+
+    def load(self, module, name):
+        loaded = __import__(module, fromlist=[name] if name else ["__name__"])
+        if not name or hasattr(loaded, name):
+            return getattr(loaded, name) if name else loaded
+        raise ImportError(f"cannot import name {name!r} from {module!r}")
+
+
+def hello(host, names):
+    """Written by hand: importing json would double the start of the shortest commands."""
+    from _json import encode_basestring_ascii as quote
+
+    try:
+        loaded = [host.load(*name.split(":")) for name in names]
+        version = str(next((v for v, n in zip(loaded, names) if n.endswith(":__version__")), ""))
+        kept = ", ".join(str(host.keep(value)) for value in loaded)
+        rest = f'"version": {quote(version)}, "names": [{kept}]'
+    except KeyboardInterrupt:
+        rest = '"interrupted": true'
+    except BaseException as error:
+        text = f"{type(error).__name__}: {error}" if str(error) else type(error).__name__
+        rest = f'"problem": {quote(text.encode("utf-8", "replace").decode())}'
+    executable = os.fsencode(sys.executable or "").hex()
+    for stream in (sys.stdout, sys.stderr):
+        if stream:
+            stream.flush()
+    host.send(f'{{"protocol": {PROTOCOL}, "executable": {{"$bytes": "{executable}"}}, {rest}}}')
+
+
+def main():
+    import _signal
+
+    host, names = Host(int(sys.argv[1]), int(sys.argv[2]), sys.argv[3]), sys.argv[4:]
+    sys.argv[:] = ["zv-anpr"]
+    if sys.path[:1] == [""]:  # modules of the folder the user happens to stand in are not ours
+        del sys.path[0]
+
+    def on_interrupt(number, frame):
+        if host.busy:
+            raise KeyboardInterrupt
+
+    def on_slow_load(number, frame):
+        host.bridge()["watch_load"](host)
+
+    _signal.signal(_signal.SIGINT, on_interrupt)
+    timer = hasattr(_signal, "setitimer")
+    if timer:
+        _signal.signal(_signal.SIGALRM, on_slow_load)
+        _signal.setitimer(_signal.ITIMER_REAL, SLOW_LOAD)
+    hello(host, names)
+    host.busy = False
+    if timer:
+        _signal.setitimer(_signal.ITIMER_REAL, 0)
+        _signal.signal(_signal.SIGALRM, _signal.SIG_DFL)
+    first = os.read(host.requests, 65536)
+    if first:
+        host.bridge()["serve"](host, first)
+    else:  # no call was wanted: the long way out takes as long as the way in
+        import atexit
+
+        atexit._run_exitfuncs()
+        os._exit(0)
+
+
+main()
