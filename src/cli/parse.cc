@@ -1,0 +1,207 @@
+#include "cli/parse.h"
+
+#include "base/number_text.h"
+#include "base/value_text.h"
+#include "cli/option_names.h"
+#include "cli/option_value.h"
+#include "cli/suggest.h"
+
+namespace zv::cli {
+namespace {
+
+class Parser {
+ public:
+  Parser(const Command& program, const std::vector<std::string>& words) : words_(words) {
+    enter(program);
+  }
+
+  Outcome run() {
+    try {
+      while (at_ < words_.size()) {
+        if (auto wanted = word(words_[at_++])) return *wanted;
+      }
+      finish();
+    } catch (const Problem& problem) {
+      return UsageError{path_, problem.message};
+    }
+    return Parsed{std::move(args_), path_.size() > 1 ? path_[1] : nullptr};
+  }
+
+ private:
+  using Wanted = std::optional<Outcome>;
+
+  const Command& command() const { return *path_.back(); }
+
+  void enter(const Command& command) {
+    path_.push_back(&command);
+    next_positional_ = 0;
+    for (const Option& option : command.options) {
+      args_.set(std::string(option.field), default_of(option));
+    }
+    if (!command.commands.empty()) args_.set(std::string(command.commands_field), nullptr);
+  }
+
+  Wanted word(const std::string& word) {
+    if (!only_positionals_ && word == "--") {
+      only_positionals_ = true;
+    } else if (!only_positionals_ && looks_like_option(word)) {
+      return option(word);
+    } else if (!command().commands.empty()) {
+      choose(word);
+    } else {
+      positional(word);
+    }
+    return {};
+  }
+
+  // A lone dash, negative numbers and texts with blanks are values, unless an option is spelled so.
+  bool looks_like_option(const std::string& word) const {
+    if (word.size() < 2 || word[0] != '-') return false;
+    if (parse_real(word) && !short_option(command(), word[1])) return false;
+    const std::string name = word.substr(0, word.find('='));
+    return name.find(' ') == std::string::npos;
+  }
+
+  Wanted option(const std::string& word) {
+    return word.starts_with("--") ? long_option(word) : short_options(word);
+  }
+
+  Wanted long_option(const std::string& word) {
+    const auto equals = word.find('=');
+    const std::string name = word.substr(0, equals);
+    const auto candidates = long_candidates(command(), path_.size() == 1, name);
+    if (candidates.empty()) unknown_option(word);
+    if (candidates.size() > 1 && !same_option(candidates)) ambiguous(name, candidates);
+    const bool has_value = equals != std::string::npos;
+    const Candidate& found = candidates.front();
+    if (!found.option || found.option->kind == Kind::flag) {
+      if (has_value) ignored_value(found, word.substr(equals + 1));
+      return set_flag(found.name, found.option);
+    }
+    take(*found.option, has_value ? std::optional(word.substr(equals + 1)) : std::nullopt);
+    return {};
+  }
+
+  // "-d", "-df", "-n5", "-n=5", "-n 5"
+  Wanted short_options(const std::string& word) {
+    for (std::size_t i = 1; i < word.size(); ++i) {
+      if (word[i] == 'h') return HelpWanted{path_};
+      const Option* found = short_option(command(), word[i]);
+      if (!found) unknown_option(word);
+      if (found->kind != Kind::flag) {
+        const std::string rest = word.substr(i + 1);
+        take(*found, rest.empty() ? std::nullopt
+                                  : std::optional(rest.starts_with('=') ? rest.substr(1) : rest));
+        return {};
+      }
+      set_flag(word, found);
+    }
+    return {};
+  }
+
+  Wanted set_flag(const std::string& name, const Option* option) {
+    if (!option) return name == "--version" ? Outcome(VersionWanted{}) : Outcome(HelpWanted{path_});
+    args_.set(std::string(option->field), true);
+    return {};
+  }
+
+  void take(const Option& option, std::optional<std::string> value) {
+    if (!value) {
+      const bool there = at_ < words_.size();
+      const bool number = there && numeric(option) && parse_real(words_[at_]);
+      if (!there || (!number && (words_[at_] == "--" || looks_like_option(words_[at_])))) {
+        throw Problem{argument(option) + "expected one argument"};
+      }
+      value = words_[at_++];
+    }
+    args_.set(std::string(option.field), converted(option, *value));
+  }
+
+  void choose(const std::string& word) {
+    std::vector<std::string> names;
+    for (const Command& sub : command().commands) {
+      if (sub.name == word) {
+        args_.set(std::string(command().commands_field), word);
+        return enter(sub);
+      }
+      names.emplace_back(sub.name);
+    }
+    throw Problem{"argument " + std::string(command().commands_field) +
+                  ": invalid choice: " + quoted_text(word) + " (choose from " +
+                  joined(names, ", ") + ")" + suggestion(word, names)};
+  }
+
+  void positional(const std::string& word) {
+    const auto positionals = positionals_of(command());
+    if (next_positional_ >= positionals.size()) {
+      throw Problem{"unrecognized arguments: " + word};
+    }
+    const Option& option = *positionals[next_positional_];
+    if (option.kind != Kind::list) {
+      ++next_positional_;
+      args_.set(std::string(option.field), converted(option, word));
+      return;
+    }
+    List values = args_.list(option.field);
+    values.emplace_back(word);
+    args_.set(std::string(option.field), std::move(values));
+  }
+
+  void finish() const {
+    for (const Option* option : positionals_of(command())) {
+      if (option->required && args_.list(option->field).empty()) {
+        throw Problem{"the following arguments are required: " + display_name(*option)};
+      }
+    }
+  }
+
+  static std::vector<const Option*> positionals_of(const Command& command) {
+    std::vector<const Option*> found;
+    for (const Option& option : command.options) {
+      if (option.positional()) found.push_back(&option);
+    }
+    return found;
+  }
+
+  static bool same_option(const std::vector<Candidate>& candidates) {
+    for (const Candidate& candidate : candidates) {
+      if (candidate.option != candidates.front().option || !candidate.option) return false;
+    }
+    return true;
+  }
+
+  [[noreturn]] void unknown_option(const std::string& word) const {
+    std::vector<std::string> names;
+    for (const Candidate& candidate : long_candidates(command(), path_.size() == 1, "--")) {
+      names.push_back(candidate.name);
+    }
+    throw Problem{"unrecognized arguments: " + word +
+                  suggestion(word.substr(0, word.find('=')), names)};
+  }
+
+  [[noreturn]] static void ambiguous(const std::string& name,
+                                     const std::vector<Candidate>& candidates) {
+    std::vector<std::string> names;
+    for (const Candidate& candidate : candidates) names.push_back(candidate.name);
+    throw Problem{"ambiguous option: " + name + " could match " + joined(names, ", ")};
+  }
+
+  [[noreturn]] static void ignored_value(const Candidate& option, const std::string& value) {
+    throw Problem{"argument " + option.name + ": takes no value, but got " + quoted_text(value)};
+  }
+
+  const std::vector<std::string>& words_;
+  std::size_t at_ = 0;
+  CommandPath path_;
+  Args args_;
+  std::size_t next_positional_ = 0;
+  bool only_positionals_ = false;
+};
+
+}  // namespace
+
+Outcome parse(const Command& program, const std::vector<std::string>& words) {
+  return Parser(program, words).run();
+}
+
+}  // namespace zv::cli

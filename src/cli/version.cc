@@ -1,0 +1,23 @@
+#include "cli/version.h"
+
+namespace zv::cli {
+
+std::string version_line(Engine& engine) {
+  return "Zelvoran ANPR CLI v" + engine.version();
+}
+
+void cmd_version(const Args&, Session& session) {
+  session.out << version_line(session.engine) << "\n";
+}
+
+void cmd_test_api(const Args&, Session& session) {
+  session.out << "zv-anpr test-api: the public test service has been retired.\n"
+                 "Read plates on this computer instead:\n"
+                 "  zv-anpr read <image>            one picture, from the command line\n"
+                 "  zv-anpr server                  the local REST API "
+                 "(http://127.0.0.1:8000/docs)\n"
+                 "or install the separately distributed Zelvoran ANPR SDK server.\n";
+  throw ExitRequest(2);
+}
+
+}  // namespace zv::cli

@@ -1,0 +1,68 @@
+#include "mmc/cmd_mmc_backend.h"
+
+#include <string>
+
+#include "base/unicode.h"
+#include "base/value_text.h"
+#include "mmc/live_switch.h"
+#include "mmc/modules.h"
+
+namespace zv::mmc {
+namespace {
+
+constexpr const char* DEFAULT_BACKEND = "cloud";
+
+// The server's configuration. It stays an object of the engine's, so that whatever else it holds
+// goes back into the file as it came out.
+class Configuration {
+ public:
+  explicit Configuration(Engine& engine)
+      : engine_(engine), all_(engine.load(CONFIG_MODULE, "load_config").make()) {}
+
+  std::string backend() const {
+    if (!has_section()) return DEFAULT_BACKEND;
+    const python::Object section = all_.item("mmc");
+    return section.attribute("get").make({"backend", DEFAULT_BACKEND}).text();
+  }
+
+  void choose(const std::string& backend) {
+    if (!has_section()) all_.set_item("mmc", Map());
+    const python::Object section = all_.item("mmc");
+    section.set_item("backend", backend);
+    section.set_item("enabled", true);
+    engine_.load(CONFIG_MODULE, "save_config").make({all_});
+  }
+
+ private:
+  // A section left empty in the file reads as none.
+  bool has_section() const {
+    const python::Object is = engine_.load("operator", "is_");
+    return !truthy(is.call({all_.attribute("get").make({"mmc"}), nullptr}));
+  }
+
+  Engine& engine_;
+  python::Object all_;
+};
+
+}  // namespace
+
+void cmd_mmc_backend(const Args& args, Session& session) {
+  Configuration configuration(session.engine);
+  const std::string current = configuration.backend();
+  const std::string backend = ascii_lower(args.text("backend"));
+  if (backend.empty()) {
+    session.out << "\nCurrent MMC backend: " << current << "\n"
+                << "Switch with: zv-anpr mmc-backend <cloud|local>\n";
+    return;
+  }
+  if (backend != "cloud" && backend != "local") {
+    session.out << "✗ backend must be 'cloud' or 'local'\n";
+    return;
+  }
+  configuration.choose(backend);
+  session.out << "\n✅ MMC backend set to '" << backend << "' in server_config.yaml (was '"
+              << current << "').\n";
+  switch_running_server(backend, args, session.out);
+}
+
+}  // namespace zv::mmc

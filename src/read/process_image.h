@@ -1,0 +1,33 @@
+// One image through the engine: plates as plain result records. The only place that uses the
+// engine's recognition classes.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "command/session.h"
+
+namespace zv::read {
+
+// Holds the engine's objects of one run. They are built for the first image and used for all.
+class ImageReader {
+ public:
+  explicit ImageReader(Engine& engine) : engine_(engine) {}
+
+  // Records {ocr_text, ocr_conf, bbox, bbox_conf} in the engine's order. Any failure is an Error
+  // with the text of the engine's exception.
+  List process_image(const std::string& image_path, const Args& args);
+
+ private:
+  void forget();
+  python::Object translated_region(const Args& args);
+  python::Object detector(const Args& args);
+  python::Object ocr(const Args& args);
+
+  Engine& engine_;
+  std::optional<python::Object> region_;
+  std::optional<python::Object> detector_;
+  std::optional<python::Object> ocr_;
+};
+
+}  // namespace zv::read

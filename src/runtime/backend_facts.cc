@@ -1,0 +1,73 @@
+#include "runtime/backend_facts.h"
+
+#include <algorithm>
+
+#include "base/value_text.h"
+#include "runtime/probes.h"
+
+namespace zv::runtime {
+namespace {
+
+// A probe whose module is not there at all needs no interpreter to find that out.
+std::optional<Probe> started_if_importable(Engine& engine, const std::string& module) {
+  if (!importable(engine, module)) return std::nullopt;
+  return Probe(engine, module);
+}
+
+std::string first_text(Probe& probe) {
+  const List& answers = probe.answers();
+  return answers.empty() ? std::string() : plain_text(answers[0]);
+}
+
+void add_runtime(BackendFacts& facts, const List& answers) {
+  facts.runtime_imports = !answers.empty();
+  if (!answers.empty()) facts.runtime_version = plain_text(answers[0]);
+  if (answers.size() < 2) return;
+  const auto* listed = answers[1].as<List>();
+  if (!listed) return;
+  facts.providers.emplace();
+  for (const Value& provider : *listed) facts.providers->push_back(plain_text(provider));
+}
+
+std::string version_from_cuda_runtime(Engine& engine) {
+  Probe probe(engine, "cuda_runtime");
+  const List& answers = probe.answers();
+  const auto* version = answers.empty() ? nullptr : answers[0].as<std::int64_t>();
+  return version ? cuda_version_text(*version) : "";
+}
+
+// The framework is asked first; the runtime library only when the framework cannot answer at all.
+std::string cuda_version(Engine& engine, std::optional<Probe>& torch) {
+  if (!torch || torch->answers().empty()) return version_from_cuda_runtime(engine);
+  const Value& version = torch->answers()[0];
+  return version.is_null() ? "" : plain_text(version);
+}
+
+}  // namespace
+
+bool BackendFacts::lists(const std::string& provider) const {
+  return providers && std::find(providers->begin(), providers->end(), provider) != providers->end();
+}
+
+std::string cuda_version_text(std::int64_t version) {
+  return std::to_string(version / 1000) + "." + std::to_string(version % 1000 / 10);
+}
+
+BackendFacts gather_facts(Engine& engine) {
+  Probe runtime(engine, "onnxruntime");
+  auto torch = started_if_importable(engine, "torch");
+  auto tensorrt = started_if_importable(engine, "tensorrt");
+  Probe pillow(engine, "pillow");
+  BackendFacts facts;
+  facts.conflict = _detect_ort_conflict(engine);
+  facts.pillow = first_text(pillow);
+  add_runtime(facts, runtime.answers());
+  if (facts.lists("CUDAExecutionProvider")) facts.cuda_version = cuda_version(engine, torch);
+  torch.reset();
+  if (facts.providers && tensorrt && !tensorrt->answers().empty()) {
+    facts.tensorrt = plain_text(tensorrt->answers()[0]);
+  }
+  return facts;
+}
+
+}  // namespace zv::runtime

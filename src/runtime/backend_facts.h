@@ -1,0 +1,32 @@
+// What gpu-info knows after its probes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "command/engine.h"
+#include "runtime/distributions.h"
+
+namespace zv::runtime {
+
+struct BackendFacts {
+  std::string pillow;  // its version; empty when it could not be told
+  bool runtime_imports = false;
+  std::string runtime_version;
+  std::optional<std::vector<std::string>> providers;  // nothing: they cannot be listed
+  std::string cuda_version;                           // "12.4"; empty when nobody tells
+  std::optional<std::string> tensorrt;                // the module's version, when it loads
+  Conflict conflict;
+
+  bool lists(const std::string& provider) const;
+};
+
+// Takes about as long as the slowest of its probes. Only Ctrl+C gets out of it.
+BackendFacts gather_facts(Engine& engine);
+
+// 12040 is "12.4".
+std::string cuda_version_text(std::int64_t version);
+
+}  // namespace zv::runtime

@@ -1,0 +1,61 @@
+#include "server/follow_log.h"
+
+#include <array>
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "base/files.h"
+#include "base/interrupt.h"
+
+namespace zv::server {
+namespace {
+
+constexpr int LINES_AT_FIRST = 10;
+constexpr std::chrono::milliseconds PAUSE(100);
+
+// Where the last lines begin.
+std::size_t start_of_last_lines(std::string_view text, int count) {
+  std::size_t at = text.ends_with('\n') ? text.size() - 1 : text.size();
+  for (; at > 0 && count > 0; --count) {
+    at = text.rfind('\n', at - 1);
+    if (at == std::string_view::npos) return 0;
+  }
+  return at == 0 ? 0 : at + 1;
+}
+
+}  // namespace
+
+LogFollower::LogFollower(std::filesystem::path log, std::ostream& out)
+    : log_(std::move(log)), out_(out) {
+  const std::string text = read_file(log_);
+  out_ << text.substr(start_of_last_lines(text, LINES_AT_FIRST)) << std::flush;
+  copied_ = text.size();
+}
+
+void LogFollower::copy_new() {
+  std::error_code missing;
+  const std::uintmax_t size = std::filesystem::file_size(log_, missing);
+  if (missing || size == copied_) return;
+  if (size < copied_) copied_ = 0;
+  // Held open only for a moment, so that the log can be renamed meanwhile on every system.
+  std::ifstream file(log_, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(copied_));
+  std::array<char, 1 << 14> chunk{};
+  while (file.read(chunk.data(), chunk.size()), file.gcount() > 0) {
+    out_.write(chunk.data(), file.gcount());
+    copied_ += static_cast<std::uintmax_t>(file.gcount());
+  }
+  out_.flush();
+}
+
+void follow_log(const std::filesystem::path& log, std::ostream& out) {
+  LogFollower follower(log, out);
+  while (true) {
+    check_interrupt();
+    follower.copy_new();
+    std::this_thread::sleep_for(PAUSE);
+  }
+}
+
+}  // namespace zv::server

@@ -1,0 +1,27 @@
+// Follows a growing text file like `tail -f`, for systems that have no such program.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <ostream>
+
+namespace zv::server {
+
+class LogFollower {
+ public:
+  // Begins with the last ten lines.
+  LogFollower(std::filesystem::path log, std::ostream& out);
+
+  // Copies what was added since the last time; a log that shrank is copied from its beginning.
+  void copy_new();
+
+ private:
+  std::filesystem::path log_;
+  std::ostream& out_;
+  std::uintmax_t copied_ = 0;
+};
+
+// Until Ctrl+C, which ends it with Interrupted.
+void follow_log(const std::filesystem::path& log, std::ostream& out);
+
+}  // namespace zv::server

@@ -1,0 +1,46 @@
+#include "base/arithmetic.h"
+#include "base/value_text.h"
+#include "server/answer.h"
+#include "server/commands.h"
+#include "server/server_api.h"
+
+namespace zv::server {
+namespace {
+
+void print_check(const Value& check, std::ostream& out) {
+  if (!truthy(check)) return;
+  const Map& details = object_of(check);
+  out << "Healthy:   " << (truthy(get(details, "healthy")) ? "Yes" : "No") << "\n";
+  const Value memory = get(details, "memory_mb");
+  if (truthy(memory)) out << "Memory:    " + fixed_text(memory, 0) + " MB\n";
+}
+
+void print_report(const Map& health, std::ostream& out) {
+  out << "Status:    " << shown(health, "status", "?") << "\n"
+      << "Version:   " << shown(health, "version", "?") << "\n"
+      << "SDK:       " << shown(health, "sdk_version", "?") << "\n"
+      << "Detector:  " << shown(health, "detector_version", "?") << "\n"
+      << "OCR:       " << shown(health, "ocr_version", "?") << "\n"
+      << "Region:    " << shown(health, "region", "?") << "\n"
+      << "Threads:   " << shown(health, "threads", "?") << "\n"
+      << "Requests:  " << shown(health, "requests_served", 0) << "\n"
+      << "Errors:    " << shown(health, "errors", 0) << "\n";
+  const std::string uptime = uptime_text(get(health, "uptime", 0));
+  out << "Uptime:    " << uptime << "\n";
+  print_check(get(health, "health_check", Map()), out);
+  out << "MMC:       " << (mmc_available(health) ? "Available" : "Unavailable") << "\n";
+}
+
+}  // namespace
+
+void cmd_server_health(const Args& args, Session& session) {
+  const std::string base = _server_base_url(args);
+  try {
+    const Value answer = _server_api(session.engine, {.url = base + "/api/health?detailed=true"});
+    print_report(object_of(answer), session.out);
+  } catch (const std::exception& error) {
+    session.out << unreachable(base, error) << "\n";
+  }
+}
+
+}  // namespace zv::server

@@ -1,0 +1,68 @@
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "base/error.h"
+#include "base/files.h"
+#include "base/interrupt.h"
+#include "base/run.h"
+#include "base/unicode.h"
+#include "base/value_text.h"
+#include "server/commands.h"
+#include "server/follow_log.h"
+
+namespace zv::server {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int64_t LINES = 50;
+
+// None for a negative count, all for one beyond any file.
+std::size_t wanted_lines(const Value& lines) {
+  if (const auto* count = lines.as<std::int64_t>()) {
+    return static_cast<std::size_t>(std::max<std::int64_t>(*count, 0));
+  }
+  const bool negative = plain_text(lines).starts_with('-');
+  return negative ? 0 : std::numeric_limits<std::size_t>::max();
+}
+
+void print_last(const fs::path& log, std::size_t count, std::ostream& out) {
+  const auto lines = split_lines(replace_invalid(read_file(log)));
+  const std::size_t first = lines.size() - std::min(count, lines.size());
+  for (std::size_t i = first; i < lines.size(); ++i) out << lines[i] << "\n";
+}
+
+void run_tail(const fs::path& log, std::ostream& out) {
+  out.flush();
+  try {
+    run_attached({"tail", "-f", log.string()});
+  } catch (const Error&) {  // no such program here
+    follow_log(log, out);
+  }
+}
+
+void follow(const fs::path& log, std::ostream& out) {
+  try {
+    run_tail(log, out);
+  } catch (const Interrupted&) {  // the usual way to stop following
+    take_interrupts();
+  }
+}
+
+}  // namespace
+
+void logs(const Args& args, Session& session, const Daemon& daemon) {
+  const fs::path folder = plain_text(daemon.get_config_dir.call());
+  const fs::path log = folder / "logs" / "server.log";
+  std::error_code ignored;
+  if (!fs::exists(log, ignored)) {
+    session.out << "No log file found\n";
+  } else if (args.flag("follow")) {
+    follow(log, session.out);
+  } else {
+    print_last(log, wanted_lines(args.value("lines", LINES)), session.out);
+  }
+}
+
+}  // namespace zv::server

@@ -1,0 +1,32 @@
+#include "base/value_text.h"
+#include "server/answer.h"
+#include "server/commands.h"
+#include "server/server_api.h"
+
+namespace zv::server {
+namespace {
+
+void print_report(const Map& mmc, std::ostream& out) {
+  const bool available = truthy(get(mmc, "available"));
+  out << "MMC:       " << (available ? "Available" : "Unavailable") << "\n"
+      << "Usage:     " << quota_text(mmc, " (") << "\n";
+  if (available) {
+    out << "Detect:    zv-anpr server detect car.jpg --mmc\n";
+  } else {
+    out << "Note:      MMC requires internet. Restart server when online.\n";
+  }
+}
+
+}  // namespace
+
+void cmd_server_mmc(const Args& args, Session& session) {
+  const std::string base = _server_base_url(args);
+  try {
+    const Value answer = _server_api(session.engine, {.url = base + "/api/mmc/status"});
+    print_report(object_of(answer), session.out);
+  } catch (const std::exception& error) {
+    session.out << unreachable(base, error) << "\n";
+  }
+}
+
+}  // namespace zv::server

@@ -1,0 +1,74 @@
+#include "base/error.h"
+#include "base/value_equal.h"
+#include "base/value_text.h"
+#include "server/answer.h"
+#include "server/commands.h"
+#include "server/server_api.h"
+
+namespace zv::server {
+namespace {
+
+// What every server of this release knows, for when it does not say.
+constexpr const char* KNOWN_REGIONS =
+    "univ, euplus, eu, asia, africa, oceania, exussr, na, korea, china, japan, + country codes";
+
+void change(const std::string& base, const std::string& name, Session& session) {
+  const Value answer = _server_api(
+      session.engine, {.url = base + "/api/region", .method = "PUT", .data = {{"region", name}}});
+  const Map& verdict = object_of(answer);
+  if (truthy(get(verdict, "success"))) {
+    session.out << "Region changed: " << shown(verdict, "previous_region") << " → "
+                << shown(verdict, "current_region") << "\n";
+  } else {
+    session.out << "Failed: " << plain_text(answer) << "\n";
+  }
+}
+
+void print_current(const std::string& base, Session& session) {
+  const Value answer = _server_api(session.engine, {.url = base + "/api/region"});
+  const Map& region = object_of(answer);
+  session.out << "Region:    " << shown(region, "default_region", "?") << "\n";
+  const Value active = get(region, "active_region");
+  if (truthy(active) && !equal(active, get(region, "default_region"))) {
+    session.out << "Active:    " << plain_text(active) << "\n";
+  }
+}
+
+// Empty when the server knows none.
+std::string offered_regions(const std::string& base, Engine& engine) {
+  const Value answer = _server_api(engine, {.url = base + "/api/regions"});
+  const Value groups = get(object_of(answer), "internal_groups", List());
+  if (!truthy(groups)) return {};
+  const auto* names = groups.as<List>();
+  if (!names) throw Error("the region groups are no list");
+  return joined(*names, ", ") + ", + 80 country codes";
+}
+
+void print_available(const std::string& base, Session& session) {
+  try {
+    const std::string regions = offered_regions(base, session.engine);
+    if (!regions.empty()) session.out << "Available: " << regions << "\n";
+  } catch (const std::exception&) {
+    session.out << "Available: " << KNOWN_REGIONS << "\n";
+  }
+}
+
+}  // namespace
+
+void cmd_server_region(const Args& args, Session& session) {
+  const std::string base = _server_base_url(args);
+  const std::string name = args.text("name");
+  try {
+    if (!name.empty()) return change(base, name, session);
+    print_current(base, session);
+    print_available(base, session);
+  } catch (const std::exception& error) {
+    if (name.empty()) {
+      session.out << unreachable(base, error) << "\n";
+    } else {
+      session.out << "Error: " << error.what() << "\n";
+    }
+  }
+}
+
+}  // namespace zv::server

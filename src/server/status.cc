@@ -1,0 +1,89 @@
+#include <optional>
+
+#include "base/arithmetic.h"
+#include "base/value_equal.h"
+#include "base/value_text.h"
+#include "server/answer.h"
+#include "server/commands.h"
+#include "server/server_api.h"
+
+namespace zv::server {
+namespace {
+
+constexpr std::chrono::seconds PROBE_TIMEOUT(5);
+
+void print_not_running(Session& session, const Daemon& daemon) {
+  session.out << "Server is not running\n"
+              << "  Installed version: " << daemon.get_installed_version.make().text() << "\n"
+              << "  Start with: zv-anpr server start --daemon\n";
+}
+
+void print_check(const Value& check, std::ostream& out) {
+  if (!truthy(check)) return;
+  const Map& details = object_of(check);
+  out << "  Health:   " << (truthy(get(details, "healthy")) ? "OK" : "UNHEALTHY") << "\n";
+  const Value memory = get(details, "memory_mb", 0);
+  if (truthy(memory)) out << "  Memory:   " + fixed_text(memory, 0) + " MB\n";
+}
+
+void print_details(const Map& health, std::ostream& out) {
+  out << "  Version:  " << shown(health, "version", "?") << "\n"
+      << "  Detector: " << shown(health, "detector_version", "?") << " ("
+      << shown(health, "sdk_version", "?") << ")\n"
+      << "  OCR:      " << shown(health, "ocr_version", "?") << "\n"
+      << "  Region:   " << shown(health, "region", "?") << "\n"
+      << "  Threads:  " << shown(health, "threads", "?") << "\n"
+      << "  Requests: " << shown(health, "requests_served", 0) << "\n"
+      << "  Errors:   " << shown(health, "errors", 0) << "\n";
+  const std::string uptime = uptime_text(get(health, "uptime", 0));
+  out << "  Uptime:   " << uptime << "\n";
+  print_check(get(health, "health_check", Map()), out);
+}
+
+std::string mmc_text(const std::string& url) {
+  try {
+    const Value answer = probe(url + "/api/mmc/status", PROBE_TIMEOUT);
+    const Map& mmc = object_of(answer);
+    const Value problem = get(mmc, "error", "");
+    if (truthy(problem)) return "Error - " + plain_text(problem);
+    return "Available (" + quota_text(mmc, ", ");
+  } catch (const std::exception&) {
+    return "Available (quota unknown)";
+  }
+}
+
+// The version that the server reports; nothing when it does not answer as it should.
+std::optional<Value> print_health(const std::string& url, std::ostream& out) {
+  try {
+    const Value answer = probe(url + "/api/health?detailed=true", PROBE_TIMEOUT);
+    const Map& health = object_of(answer);
+    print_details(health, out);
+    if (mmc_available(health)) out << "  MMC:      " << mmc_text(url) << "\n";
+    return get(health, "version", "?");
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+void compare_versions(const Value& running, Session& session, const Daemon& daemon) {
+  const Value installed = daemon.get_installed_version.call();
+  if (equal(running, "?") || equal(running, "unknown") || equal(running, installed)) return;
+  session.out << "  WARNING: Version mismatch!\n"
+              << "    Running server:    " << plain_text(running) << "\n"
+              << "    Installed package: " << plain_text(installed) << "\n"
+              << "    Run: zv-anpr server upgrade\n";
+}
+
+}  // namespace
+
+void status(const Args&, Session& session, const Daemon& daemon) {
+  const python::Object status = daemon.get_status.make();
+  if (!status.item("running").truthy()) return print_not_running(session, daemon);
+  const std::string url = status.item("url").text();
+  session.out << "Server running (PID: " << status.item("pid").text() << ")\n"
+              << "  URL: " << url << "\n";
+  const auto running = print_health(url, session.out);
+  if (running) compare_versions(*running, session, daemon);
+}
+
+}  // namespace zv::server

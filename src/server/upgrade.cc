@@ -1,0 +1,17 @@
+#include "server/commands.h"
+#include "server/host_option.h"
+
+namespace zv::server {
+
+void upgrade(const Args& args, Session& session, const Daemon& daemon) {
+  const std::string host = args.text("host");
+  if (looks_like_port(host)) {
+    session.out << mistaken_port(host);
+    return;
+  }
+  daemon.upgrade_server.make({}, {{"host", args.value("host")},
+                                  {"port", args.value("port")},
+                                  {"pip_args", args.value("pip_args")}});
+}
+
+}  // namespace zv::server
