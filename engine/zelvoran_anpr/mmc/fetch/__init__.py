@@ -1,0 +1,1 @@
+"""Moving bytes: HTTP, resumable downloads, digests, progress; knows of no model or binary."""

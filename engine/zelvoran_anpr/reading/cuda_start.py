@@ -1,0 +1,83 @@
+"""Really starts CUDA through ONNX Runtime, and finds the reason when that fails."""
+
+import ctypes
+import sys
+from importlib.util import find_spec
+from pathlib import Path
+
+import onnxruntime
+
+_PROVIDER = "CUDAExecutionProvider"
+
+
+def cuda_start_problem() -> str | None:
+    """Return None when a session on the GPU runs, else one line that says why not."""
+    if _PROVIDER not in onnxruntime.get_available_providers():
+        return f"the installed ONNX Runtime ({onnxruntime.__version__}) offers no {_PROVIDER}"
+    preload_cuda_libraries()
+    try:
+        return _run_probe()
+    except Exception as error:  # noqa: BLE001  ONNX Runtime's errors share no narrower type
+        return _one_line(error)
+
+
+def preload_cuda_libraries() -> None:
+    """Load the CUDA and cuDNN libraries that pip installed, so that the provider finds them."""
+    preload = getattr(onnxruntime, "preload_dlls", None)
+    # Without NVIDIA's wheels it would only print failures; the system's loader does the rest.
+    if preload and find_spec("nvidia"):
+        preload()
+
+
+def _run_probe() -> str | None:
+    import numpy as np
+
+    options = onnxruntime.SessionOptions()
+    options.log_severity_level = 4
+    session = onnxruntime.InferenceSession(
+        _adding_model(), options, providers=[_PROVIDER], enable_fallback=0
+    )
+    if _PROVIDER not in session.get_providers():
+        return _library_problem() or "the CUDA provider did not start"
+    answer = session.run(None, {"x": np.ones(1, np.float32)})[0]
+    return None if answer[0] == 2 else "the GPU gave a wrong result"
+
+
+def _library_problem() -> str | None:
+    """Return the loader's own words on the CUDA provider library, which names what is missing."""
+    folder = Path(onnxruntime.__file__).parent / "capi"
+    pattern = "{}.dll" if sys.platform == "win32" else "lib{}.so"
+    try:
+        shared = folder / pattern.format("onnxruntime_providers_shared")
+        ctypes.CDLL(str(shared), mode=ctypes.RTLD_GLOBAL)
+        ctypes.CDLL(str(folder / pattern.format("onnxruntime_providers_cuda")))
+    except OSError as error:
+        return _one_line(error)
+    return None
+
+
+def _one_line(error: Exception) -> str:
+    return " ".join(str(error).split())[:300] or type(error).__name__
+
+
+def _adding_model() -> bytes:
+    """Return an ONNX model, y = x + x for one float, encoded by hand as protocol buffers."""
+    node = _text(1, b"x") + _text(1, b"x") + _text(2, b"y") + _text(4, b"Add")
+    graph = _text(1, node) + _text(2, b"g") + _text(11, _value(b"x")) + _text(12, _value(b"y"))
+    opset = _number(2, 13)
+    return _number(1, 8) + _text(7, graph) + _text(8, opset)
+
+
+def _value(name: bytes) -> bytes:
+    shape = _text(1, _number(1, 1))
+    tensor = _number(1, 1) + _text(2, shape)  # element type 1 is float32
+    return _text(1, name) + _text(2, _text(1, tensor))
+
+
+def _number(field: int, value: int) -> bytes:
+    return bytes([field << 3, value])
+
+
+def _text(field: int, content: bytes) -> bytes:
+    assert len(content) < 128, "lengths of one byte only"
+    return bytes([field << 3 | 2, len(content)]) + content

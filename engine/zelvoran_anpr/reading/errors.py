@@ -1,0 +1,13 @@
+"""The errors of reading; each carries one line of text that says what to do next."""
+
+
+class ReadError(ValueError):
+    """A photo that cannot be opened or decoded."""
+
+
+class ModelError(ValueError):
+    """A model name that is unknown, or a model that this version does not have."""
+
+
+class BackendError(ValueError):
+    """An inference backend that is unknown or that this environment cannot use."""

@@ -1,0 +1,80 @@
+"""The plate reader of our own models: a whole plate, one row or two, in one look.
+
+The file takes N x 64 x 192 x 3 uint8 RGB and gives per character slot the probabilities of its
+alphabet, class 0 being the empty slot; `training/reader/export.py` writes it.
+"""
+
+import numpy as np
+
+from ..region_aliases import region_group
+from . import quads
+from .plate_box import PlateBox
+from .plate_formats import fit_to_format
+from .plate_text import PlateText
+from .straighten import straighten
+
+HEIGHT, WIDTH = 64, 192  # pixels of the network's input
+_EMPTY = 0
+
+
+class OwnReader:
+    """Holds one session; `read` may be called from several threads."""
+
+    def __init__(self, path: str, backend: str):
+        from .runtime_session import open_session
+
+        self._session = open_session(path, backend)
+        self._characters = self._session.get_modelmeta().custom_metadata_map["characters"]
+
+    def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
+        """Return the plate's text without separators; empty where no plate is."""
+        picture = plate_picture(image, box.lines[0])
+        slots = self._session.run(["characters"], {"picture": picture[None]})[0][0]
+        possible = slots * allowed(self._characters, region)
+        return fit_to_format(text_of(possible, self._characters), region)
+
+
+def plate_picture(image: np.ndarray, quad: np.ndarray) -> np.ndarray:
+    """Return a quad's inside as the network's input, large ones shrunk first to stay smooth."""
+    width, height = quads.size(quad)
+    factor = int(min(width / WIDTH, height / HEIGHT))
+    if factor < 2:
+        return straighten(image, quad, HEIGHT, WIDTH)
+    large = straighten(image, quad, HEIGHT * factor, WIDTH * factor)
+    blocks = large.reshape(HEIGHT, factor, WIDTH, factor, 3)
+    return blocks.mean(axis=(1, 3)).round().astype(np.uint8)
+
+
+def allowed(characters: str, region: str) -> np.ndarray:
+    """Return per class 1 where a region's plates show it, else 0; scripts differ, letters do not.
+
+    What is struck out takes its probability along, so a reading against the region is unsure.
+    """
+    scripts = [_script(c) for c in characters]
+    if region == "univ":
+        return np.ones(len(characters) + 1, np.float32)
+    own = {"kr": {"hangul"}, "cn": {"han"}, "jp": {"han", "kana"}}.get(region_group(region), set())
+    return np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+
+
+def _script(character: str) -> str:
+    if character.isascii():
+        return "latin"
+    if "\uac00" <= character <= "\ud7a3":
+        return "hangul"
+    return "kana" if "\u3040" <= character <= "\u30ff" else "han"
+
+
+def text_of(slots: np.ndarray, characters: str) -> PlateText:
+    """Return the text of slots x classes probabilities, up to the first empty slot.
+
+    The last character is at most as sure as the end of the text behind it.
+    """
+    best, sure = slots.argmax(axis=1), slots.max(axis=1)
+    ends = np.flatnonzero(best == _EMPTY)
+    length = int(ends[0]) if len(ends) else len(best)
+    text = "".join(characters[i - 1] for i in best[:length])
+    confidences = [float(c) for c in sure[:length]]
+    if confidences and length < len(best):
+        confidences[-1] = min(confidences[-1], float(sure[length]))
+    return PlateText(text, tuple(confidences), (text,) if text else ())

@@ -1,0 +1,65 @@
+"""The public classes of model family v17; NumPy and ONNX Runtime load in their constructors."""
+
+TYPE_CHECKING = False  # type checkers take it as true; typing itself is too heavy here
+if TYPE_CHECKING:
+    import os
+
+    import numpy as np
+
+    from .plate_box import PlateBox
+    from .plate_text import PlateText
+
+# The public names are fixed by the interface that front ends load.
+# ruff: noqa: N801
+
+
+class zv_anpr_detector_v17:
+    """Finds plates: model "320p_fp32" or "640p_fp32"; backend "cpu", "cuda" or "directml".
+
+    Raises ValueError with one clear line for an unknown or missing model or backend.
+    """
+
+    def __init__(self, model: str, backend: str = "cpu"):
+        from .plate_detector import PlateDetector
+
+        self._detector = PlateDetector(model, backend)
+
+    def detect(self, image_rgb: "np.ndarray") -> "list[PlateBox]":
+        """Return the PlateBox candidates on an H x W x 3 uint8 RGB array; thread-safe."""
+        return self._detector.detect(image_rgb)
+
+
+class zv_anpr_ocr_v17:
+    """Reads plates: model "fp32" or "int8"; region as users type it; backend as the detector's.
+
+    Raises ValueError with one clear line for an unknown or missing model, region or backend.
+    """
+
+    def __init__(self, model: str, region: str = "univ", backend: str = "cpu"):
+        from ..region_aliases import to_internal_region
+        from .plate_reader import PlateReader
+
+        self.region = to_internal_region(region)
+        self._reader = PlateReader(model, backend)
+
+    def read(
+        self, image_rgb: "np.ndarray", box: "PlateBox", region: str | None = None
+    ) -> "PlateText":
+        """Return the PlateText in a PlateBox of an RGB array; thread-safe.
+
+        `region` is an internal region that replaces the object's own for this call.
+        """
+        return self._reader.read(image_rgb, box, region or self.region)
+
+
+def zelvoran_anpr_from_image_file(
+    detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, path: "str | os.PathLike[str]"
+) -> dict:
+    """Read the plates on an image file; returns the mapping of `read_plates`.
+
+    Raises ReadError (a ValueError) with one clear line when the file is not a readable photo.
+    """
+    from .image_loading import load_image
+    from .pipeline import read_plates
+
+    return read_plates(detector, ocr, load_image(path))

@@ -1,0 +1,1 @@
+"""The life of server processes: finding, starting, stopping, restarting and upgrading them."""

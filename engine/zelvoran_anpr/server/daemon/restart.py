@@ -1,0 +1,53 @@
+"""Restarts a server with what it ran with; checks first, so that a mistake stops nothing."""
+
+from collections.abc import Sequence
+
+from .inspection import preferred
+from .options import StartOptions, require_token, resolve
+from .ports import check_free
+from .records import Instance, running_instances
+from .start import start, start_detached
+from .stop import stop_instance
+
+
+def restart(host: str | None, port: int | None, threads: int | None) -> None:
+    """Restart the running server in the background; start one when none runs.
+
+    The server is the one on `port` when there is one, else the one that runs, which then moves
+    to `port`. What is None stays as it was. Raises RuntimeError or ConfigError with one line.
+    """
+    found = running_instances()
+    if not found:
+        print("No ANPR server is running; starting one.")
+        start(StartOptions(host, port, threads), detached=True)
+        return
+    restart_instance(_chosen(found, port), StartOptions(host, port, threads))
+
+
+def restart_instance(instance: Instance, changes: StartOptions) -> None:
+    """Stop one server and start it again with the changes. Raises RuntimeError, ConfigError."""
+    options = StartOptions(
+        changes.host or instance.host,
+        instance.port if changes.port is None else changes.port,
+        instance.threads if changes.threads is None else changes.threads,
+        instance.config_path,
+    )
+    settings = resolve(options)
+    require_token(settings.server.host)
+    if settings.server.port != instance.port:
+        check_free(settings.server.host, settings.server.port)
+    stop_instance(instance)
+    start_detached(settings)
+
+
+def _chosen(found: Sequence[Instance], port: int | None) -> Instance:
+    on_port = [instance for instance in found if instance.port == port]
+    if on_port:
+        return on_port[0]
+    if len(found) == 1:
+        return found[0]
+    if port is None:
+        return preferred(found)
+    raise RuntimeError(
+        f"No ANPR server on port {port} and several others; see: zv-anpr server list"
+    )

@@ -1,0 +1,94 @@
+"""Stops servers: waits for the requests under way, or kills at once when told to."""
+
+import signal
+import sys
+import time
+from collections.abc import Sequence
+
+from .identity import process_mark
+from .inspection import find_servers, print_table
+from .records import Instance, running_instances
+from .signals import kill_tree, send_signal
+
+_POLL_SECONDS = 0.05
+_GRACE_SECONDS = 15
+"""Beyond the time that a server gives its requests; then it must have ended."""
+
+
+def stop(force: bool, port: int | None, pid: int | None, everything: bool) -> None:
+    """Stop the servers that are meant; raises RuntimeError with one line when one goes on."""
+    found = running_instances()
+    if not found and port is None and pid is None:
+        print("No ANPR server is running.")
+        return
+    problems = [problem for target in _targets(found, port, pid, everything)
+                if (problem := _stop_one(target, force))]  # fmt: skip
+    if problems:
+        raise RuntimeError("; ".join(problems))
+
+
+def stop_instance(target: Instance, force: bool = False) -> None:
+    """Stop one server and return when it has ended. Raises RuntimeError."""
+    problem = _stop_one(target, force)
+    if problem:
+        raise RuntimeError(problem)
+
+
+def _targets(
+    found: Sequence[Instance], port: int | None, pid: int | None, everything: bool
+) -> Sequence[Instance]:
+    if everything:
+        return found
+    if port is None and pid is None:
+        return [_the_one(found)]
+    chosen = [i for i in found if port in (None, i.port) and pid in (None, i.pid)]
+    if not chosen:
+        named = f"with PID {pid}" if pid is not None else f"on port {port}"
+        raise RuntimeError(f"No ANPR server {named} is running; see: zv-anpr server list")
+    return chosen
+
+
+def _the_one(found: Sequence[Instance]) -> Instance:
+    if len(found) == 1:
+        return found[0]
+    print_table(find_servers())
+    print()
+    raise RuntimeError("Several servers are running; name one with --port or --pid, or use --all")
+
+
+def _stop_one(target: Instance, force: bool) -> str | None:
+    """Return None when the server has ended, else one line on why it has not."""
+    try:
+        if force or sys.platform == "win32":  # where no signal asks a process to end
+            kill_tree(target.pid, target.mark)
+        else:
+            send_signal(target.pid, target.mark, signal.SIGTERM)
+    except PermissionError:
+        return f"The server with PID {target.pid} belongs to another user"
+    seconds = _patience(target)
+    if not _wait_gone(target, seconds):
+        return f"The server with PID {target.pid} did not stop within {seconds:g} s; use --force"
+    running_instances()  # clears the record of a killed server
+    print(f"✅ ANPR server on port {target.port} stopped (PID: {target.pid})", flush=True)
+    return None
+
+
+def _wait_gone(target: Instance, seconds: float) -> bool:
+    deadline = time.monotonic() + seconds
+    while process_mark(target.pid) == target.mark:
+        if time.monotonic() > deadline:
+            return False
+        time.sleep(_POLL_SECONDS)
+    return True
+
+
+def _patience(target: Instance) -> float:
+    from ..config.config_file import ConfigError
+    from ..config.options import OPTIONS
+    from ..config.settings import load_settings
+
+    try:
+        seconds = load_settings(target.config_path, {}).limits.stop_seconds
+    except ConfigError:
+        seconds = OPTIONS["limits"]["stop_seconds"].default
+    return seconds + _GRACE_SECONDS

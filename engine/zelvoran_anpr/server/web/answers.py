@@ -1,0 +1,108 @@
+"""The shapes of the answers, as the API's own description shows them."""
+
+from typing import Any
+
+from pydantic import BaseModel, Field
+
+
+class Problem(BaseModel):
+    """What every refused or failed request is answered with."""
+
+    success: bool = False
+    error: str = Field(description="One line that says what to do")
+
+
+class Plate(BaseModel):
+    plate_text: str
+    confidence: float = Field(description="Of the text, in percent")
+    bbox: list[float] = Field(description="Left, top, right, bottom in pixels of the upright photo")
+    bbox_confidence: float = Field(description="Of the position, in percent")
+    mmc_make: str = Field("", description="Vehicle make; empty when unknown or not asked for")
+    mmc_model: str = ""
+    mmc_color: str = ""
+
+
+class Recognition(BaseModel):
+    success: bool = True
+    results: list[Plate]
+    region: str = Field(description="The region that was read for")
+    width: int = Field(description="Of the upright photo, in pixels")
+    height: int
+    processing_sec: float = Field(description="From the complete upload to the answer")
+    mmc_error: str | None = Field(None, description="Why make, model and colour are missing")
+
+
+class HealthCheck(BaseModel):
+    healthy: bool
+    memory_mb: float
+    waiting_or_running: int
+
+
+class Health(BaseModel):
+    status: str = Field(description='"ok", or "loading" until the models are warm')
+    version: str
+    sdk_version: str
+    detector_version: str
+    ocr_version: str
+    region: str
+    threads: int
+    requests_served: int
+    errors: int
+    uptime: float = Field(description="Seconds since the start")
+    mmc_enabled: bool
+    mmc_available: bool
+    health_check: HealthCheck | None = Field(None, description="Only when asked for")
+
+
+class MmcStatus(BaseModel):
+    available: bool
+    backend: str
+    mmc_calls_today: int
+    mmc_daily_limit: int | str = Field(description="Calls, or unlimited")
+    mmc_remaining: int | str = Field(description="Calls, or unlimited")
+    error: str | None = None
+
+
+class Region(BaseModel):
+    default_region: str = Field(description="From the configuration")
+    active_region: str = Field(description="Used now when a request names none")
+
+
+class RegionChange(BaseModel):
+    success: bool
+    previous_region: str | None = None
+    current_region: str | None = None
+    error: str | None = None
+
+
+class Regions(BaseModel):
+    internal_groups: list[str]
+    groups: list[dict[str, str]]
+    countries: list[dict[str, str]]
+
+
+class MmcChange(BaseModel):
+    success: bool
+    backend: str = Field(description="The backend in use now")
+    previous_backend: str
+    error: str | None = None
+
+
+class RegionName(BaseModel):
+    region: str = Field(description='Such as "korea", "euplus", "de" or "Germany"', max_length=100)
+
+
+class BackendName(BaseModel):
+    backend: str = Field(description='"cloud" or "local"', max_length=100)
+
+
+class Token(BaseModel):
+    token: str = Field(max_length=500)
+
+
+class SignedIn(BaseModel):
+    signed_in: bool
+
+
+class RecentAnswer(BaseModel):
+    requests: list[dict[str, Any]]

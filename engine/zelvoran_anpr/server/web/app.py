@@ -1,0 +1,73 @@
+"""Puts the application together and turns every failure into one line of JSON."""
+
+from fastapi import FastAPI, Request
+from fastapi.exceptions import RequestValidationError
+from fastapi.responses import JSONResponse
+from starlette.exceptions import HTTPException
+
+from ..._version import __version__
+from . import management, probes, recognition, sign_in
+from .body_limits import BodyLimits
+from .departure import ClientLeft
+from .engine import ImageRefused, NotReady
+from .guard import Guard
+from .pages import add_pages
+from .pool import PoolFull
+from .state import ServiceState
+
+
+def create_app(state: ServiceState) -> FastAPI:
+    """Return the ASGI application that serves `state`."""
+    app = FastAPI(
+        title="Zelvoran ANPR", version=__version__, docs_url=None, redoc_url=None,
+        description="Reads number plates on photos. Nothing leaves this machine unless the "
+        "cloud backend for make, model and colour is asked.",
+    )  # fmt: skip
+    app.state.service = state
+    for router in (recognition.router, management.router, probes.router, sign_in.router):
+        app.include_router(router)
+    add_pages(app)
+    _add_handlers(app)
+    app.add_middleware(BodyLimits, state=state)
+    app.add_middleware(Guard, state=state)  # added last, met first
+    return app
+
+
+def _add_handlers(app: FastAPI) -> None:
+    @app.exception_handler(HTTPException)
+    async def refused(_: Request, error: HTTPException) -> JSONResponse:
+        return _problem(error.status_code, str(error.detail), **dict(error.headers or {}))
+
+    @app.exception_handler(RequestValidationError)
+    async def invalid(_: Request, error: RequestValidationError) -> JSONResponse:
+        return _problem(422, _first_problem(error))
+
+    @app.exception_handler(ImageRefused)
+    async def no_image(_: Request, error: ImageRefused) -> JSONResponse:
+        return _problem(error.status, str(error))
+
+    @app.exception_handler(NotReady)
+    async def not_ready(_: Request, error: NotReady) -> JSONResponse:
+        return _problem(503, str(error), **{"retry-after": "1"})
+
+    @app.exception_handler(PoolFull)
+    async def full(_: Request, error: PoolFull) -> JSONResponse:
+        return _problem(429, str(error), **{"retry-after": str(error.retry_after)})
+
+    @app.exception_handler(ClientLeft)
+    async def left(_: Request, error: ClientLeft) -> JSONResponse:
+        return _problem(ClientLeft.STATUS, "The client closed the connection")
+
+    @app.exception_handler(Exception)
+    async def failed(_: Request, error: Exception) -> JSONResponse:
+        return _problem(500, "The request failed; the reason is in the server's log")
+
+
+def _problem(status: int, text: str, **headers: str) -> JSONResponse:
+    return JSONResponse({"success": False, "error": text}, status, headers)
+
+
+def _first_problem(error: RequestValidationError) -> str:
+    first = error.errors()[0]
+    place = ".".join(str(part) for part in first["loc"][1:])
+    return f"{place}: {first['msg']}" if place else str(first["msg"])

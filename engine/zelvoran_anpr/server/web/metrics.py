@@ -1,0 +1,57 @@
+"""Counters of the service, also in the text form that Prometheus reads."""
+
+import os
+import time
+from typing import Any
+
+import psutil
+from prometheus_client import CollectorRegistry, Counter, Gauge, Histogram, ProcessCollector
+from prometheus_client import generate_latest as _text
+
+_SECONDS = (0.01, 0.025, 0.05, 0.1, 0.25, 0.5, 1, 2.5, 5, 10, 30)
+
+
+class Metrics:
+    """Counts in a registry of its own, so that several servers in one process stay apart."""
+
+    def __init__(self, state: Any) -> None:
+        registry = self._registry = CollectorRegistry()
+        ProcessCollector(registry=registry)
+        self._process = psutil.Process(os.getpid())
+        self.requests_served = 0
+        """Recognitions answered with a result."""
+        self.errors = 0
+        """Requests that failed here; being busy or still loading is no failure."""
+        self._answers = Counter(
+            "anpr_http_requests", "Answers by route and status", ["method", "route", "status"],
+            registry=registry,
+        )  # fmt: skip
+        self._seconds = Histogram(
+            "anpr_http_request_seconds", "Time to answer", ["route"], buckets=_SECONDS,
+            registry=registry,
+        )  # fmt: skip
+        self._plates = Counter("anpr_plates", "Plates read", registry=registry)
+        held = Gauge("anpr_pool_held", "Calls that run or wait", ["pool"], registry=registry)
+        held.labels("reader").set_function(lambda: state.readers.held)
+        held.labels("mmc").set_function(lambda: state.mmc_workers.held)
+        ready = Gauge("anpr_ready", "1 when the models are warm", registry=registry)
+        ready.set_function(lambda: float(state.engine.ready))
+        uptime = Gauge("anpr_uptime_seconds", "Time since the start", registry=registry)
+        uptime.set_function(lambda: time.monotonic() - state.started)
+
+    def count_answer(self, method: str, route: str, status: int, seconds: float) -> None:
+        if status >= 500 and status != 503:
+            self.errors += 1
+        self._answers.labels(method, route, str(status)).inc()
+        self._seconds.labels(route).observe(seconds)
+
+    def count_recognition(self, plates: int) -> None:
+        self.requests_served += 1
+        self._plates.inc(plates)
+
+    def memory_mb(self) -> float:
+        """Return the resident memory of this process in MiB."""
+        return round(self._process.memory_info().rss / 2**20, 1)
+
+    def text(self) -> bytes:
+        return _text(self._registry)

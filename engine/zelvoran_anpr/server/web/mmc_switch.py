@@ -1,0 +1,111 @@
+"""The make, model and colour recogniser in use, and the change to another one."""
+
+import logging
+import threading
+from typing import Any
+
+from ..config.config_file import ConfigError, load_config
+from ..config.paths import get_config_dir
+from ..config.settings import Settings
+
+_log = logging.getLogger("zelvoran_anpr.server")
+_BACKENDS = ("cloud", "local")
+_STOP_PATIENCE_SECONDS = 5
+_NO_QUOTA = {"mmc_calls_today": 0, "mmc_daily_limit": 0, "mmc_remaining": 0}
+
+
+class MmcUnavailable(Exception):
+    """No vehicle can be recognised now; the text is one line."""
+
+
+class MmcSwitch:
+    """Holds at most one running backend; thread-safe."""
+
+    def __init__(self, settings: Settings) -> None:
+        self.enabled: bool = settings.mmc.enabled
+        self.name: str = settings.mmc.backend
+        self._source = settings.source
+        self._running_with: dict[str, Any] = {}
+        self._backend: Any = None
+        self._problem: str | None = None if self.enabled else "MMC is switched off"
+        self._changing = threading.Lock()
+
+    @property
+    def available(self) -> bool:
+        backend = self._backend
+        return bool(backend and backend.available())
+
+    def start_later(self) -> None:
+        """Start the configured backend in the background; a failure shows in `status`."""
+        if self.enabled:
+            starter = threading.Thread(target=self.change, args=(self.name,), daemon=True)
+            starter.start()
+
+    def change(self, name: str) -> str | None:
+        """Start a backend and then stop the one before; return None, or what went wrong.
+
+        After a failure the one before goes on.
+        """
+        if name not in _BACKENDS:
+            return "The MMC backend must be 'cloud' or 'local'"
+        with self._changing:
+            problem = self._start(name)
+            if problem and self._backend is None:
+                self._problem = problem
+        if problem:
+            _log.info("MMC backend %s: %s", name, problem)
+        return problem
+
+    def status(self) -> dict[str, Any]:
+        """Return `available`, `backend`, the quota keys, and `error` when there is one."""
+        backend = self._backend
+        if backend is not None:
+            return {**_NO_QUOTA, **backend.status()}
+        status = {"available": False, "backend": self.name, **_NO_QUOTA}
+        return {**status, "error": self._problem or "MMC is starting"}
+
+    def recognise(self, image: Any, ltrb: Any) -> dict[str, str]:
+        """Return make, model and color of the vehicle around a plate. Raises MmcUnavailable."""
+        from ...mmc import MmcError, vehicle_crop
+
+        vehicle = vehicle_crop(image, ltrb)
+        while True:
+            backend = self._backend
+            if backend is None or not backend.available():
+                raise MmcUnavailable(self.status().get("error") or "MMC is not available")
+            try:
+                return backend.recognise(vehicle)
+            except MmcError as error:
+                # One that was replaced a moment ago: the request belongs to its successor.
+                if backend is self._backend:
+                    raise MmcUnavailable(str(error)) from None
+
+    def stop(self) -> None:
+        """Stop the backend and return when it has ended."""
+        # A backend that is still starting is let go: it ends with this process.
+        unhurried = self._changing.acquire(timeout=_STOP_PATIENCE_SECONDS)
+        backend, self._backend = self._backend, None
+        if backend is not None:
+            backend.stop()
+        if unhurried:
+            self._changing.release()
+
+    def _start(self, name: str) -> str | None:
+        from ...mmc import MmcError, create_backend
+
+        try:
+            # Read anew: whoever asks for a change may have changed the settings as well.
+            config = {**load_config(self._source).get("mmc", {}), "enabled": True, "backend": name}
+            if self.available and config == self._running_with:
+                return None
+            backend = create_backend(config, get_config_dir() / "mmc")
+            backend.start()
+        except (MmcError, ConfigError, ImportError, OSError) as error:
+            return str(error)
+        before, self._backend = self._backend, backend
+        self.name, self.enabled, self._problem = name, True, None
+        self._running_with = config
+        _log.info("MMC backend %s started", name)
+        if before is not None:
+            before.stop()
+        return None

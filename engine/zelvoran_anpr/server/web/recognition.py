@@ -1,0 +1,121 @@
+"""POST /api/anpr and /api/anpr/mmc: the plates on an uploaded photo."""
+
+import asyncio
+import datetime
+import time
+from typing import Annotated, Any
+
+from fastapi import APIRouter, File, Form, HTTPException, Request, UploadFile
+
+from .answers import Plate, Problem, Recognition
+from .departure import unless_left
+from .mmc_switch import MmcUnavailable
+from .region import internal_name
+from .state import ServiceState
+
+_PROBLEMS: dict[Any, dict[str, Any]] = {
+    status: {"model": Problem} for status in (400, 401, 403, 408, 413, 422, 429, 503, 504)
+}
+Photo = Annotated[UploadFile, File(description="A JPEG, PNG, BMP or TIFF photo")]
+RegionField = Annotated[str | None, Form(description="Region to read this photo for")]
+
+router = APIRouter(tags=["recognition"], responses=_PROBLEMS)
+
+
+@router.post("/api/anpr", summary="Read the plates on a photo")
+async def read_plates(request: Request, image: Photo, region: RegionField = None) -> Recognition:
+    state: ServiceState = request.app.state.service
+    return await unless_left(request, _recognise(state, image, region, with_mmc=False))
+
+
+@router.post("/api/anpr/mmc", summary="Read the plates and recognise make, model and colour")
+async def read_plates_and_vehicles(
+    request: Request, image: Photo, region: RegionField = None
+) -> Recognition:
+    state: ServiceState = request.app.state.service
+    return await unless_left(request, _recognise(state, image, region, with_mmc=True))
+
+
+async def _recognise(
+    state: ServiceState, image: UploadFile, region: str | None, with_mmc: bool
+) -> Recognition:
+    state.engine.check_ready()
+    name = _region(state, region)
+    photo = await image.read()
+    begun = time.monotonic()
+    limits = state.settings.limits
+    picture, found = await _timed(
+        state.readers.run(
+            state.engine.read, photo, internal_name(name), seconds=limits.request_seconds
+        )
+    )
+    plates = [_plate(record) for record in found]
+    problem = await _add_vehicles(state, picture, found, plates) if with_mmc and found else None
+    answer = Recognition(
+        results=plates, region=name, width=picture.shape[1], height=picture.shape[0],
+        processing_sec=round(time.monotonic() - begun, 4), mmc_error=problem,
+    )  # fmt: skip
+    _remember(state, image.filename or "", answer)
+    return answer
+
+
+async def _timed(call: Any) -> Any:
+    try:
+        return await call
+    except asyncio.TimeoutError:
+        raise HTTPException(504, "Reading the photo took too long") from None
+
+
+async def _add_vehicles(
+    state: ServiceState, picture: Any, found: list[dict[str, Any]], plates: list[Plate]
+) -> str | None:
+    """Fill in what is known of each vehicle; return why something is missing, or None."""
+    seconds = state.settings.limits.mmc_seconds
+    calls = (
+        state.mmc_workers.run(state.mmc.recognise, picture, record["ltrb"], seconds=seconds)
+        for record in found
+    )
+    problem = None
+    vehicles = await asyncio.gather(*calls, return_exceptions=True)
+    for plate, vehicle in zip(plates, vehicles, strict=True):
+        if isinstance(vehicle, dict):
+            plate.mmc_make, plate.mmc_model = vehicle["make"], vehicle["model"]
+            plate.mmc_color = vehicle["color"]
+        elif isinstance(vehicle, asyncio.TimeoutError):
+            problem = "Recognising the vehicle took too long"
+        elif isinstance(vehicle, MmcUnavailable):
+            problem = str(vehicle)
+        else:
+            raise vehicle
+    return problem
+
+
+def _region(state: ServiceState, given: str | None) -> str:
+    if not given:
+        return state.region.active
+    try:
+        return state.region.known(given)
+    except ValueError as error:
+        raise HTTPException(422, str(error)) from None
+
+
+def _plate(record: dict[str, Any]) -> Plate:
+    return Plate(
+        plate_text=record["ocr"],
+        confidence=round(float(record["ocr_conf"]) * 100, 2),
+        bbox=[round(float(side), 2) for side in record["ltrb"]],
+        bbox_confidence=round(float(record["ltrb_conf"]) * 100, 2),
+    )
+
+
+def _remember(state: ServiceState, name: str, answer: Recognition) -> None:
+    state.metrics.count_recognition(len(answer.results))
+    state.recent.add(
+        {
+            "time": datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds"),
+            "file": name[:200],
+            "plates": [plate.plate_text for plate in answer.results],
+            "region": answer.region,
+            "processing_sec": answer.processing_sec,
+        }
+    )

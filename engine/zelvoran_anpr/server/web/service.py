@@ -1,0 +1,79 @@
+"""Runs the web application on a socket, loading the engine beside it."""
+
+import contextlib
+import logging
+import signal
+import socket
+import threading
+from collections.abc import Iterator
+
+import uvicorn
+
+from ..config.settings import Settings
+from .app import create_app
+from .protocol import guarded_protocol
+from .state import ServiceState
+
+_log = logging.getLogger("zelvoran_anpr.server")
+_LOADER_SECONDS = 10
+
+
+class Service:
+    """One server: answers from the first moment, is ready when its models are warm."""
+
+    def __init__(self, settings: Settings, token: str) -> None:
+        self.failure: str | None = None
+        """One line on why the service could not work, set when `run` has returned."""
+        self._state = ServiceState(settings, token)
+        limits = settings.limits
+        self._server = _Server(
+            uvicorn.Config(
+                create_app(self._state),
+                http=guarded_protocol(limits.header_seconds, limits.body_seconds),
+                ws="none",
+                log_config=None,
+                access_log=False,  # ours also tells how long an answer took
+                proxy_headers=False,  # the peer's address decides what it may do
+                server_header=False,
+                limit_concurrency=limits.connections,
+                timeout_graceful_shutdown=int(limits.stop_seconds) + 1,
+                lifespan="off",
+            )
+        )
+
+    def run(self, listener: socket.socket) -> None:
+        """Serve until stopped. Ctrl+C ends it gracefully and then raises KeyboardInterrupt."""
+        loader = threading.Thread(target=self._load, name="engine loader", daemon=True)
+        loader.start()
+        try:
+            self._server.run(sockets=[listener])
+        finally:
+            loader.join(_LOADER_SECONDS)  # native code must not be torn down in the middle
+            self._state.close()
+            _log.info("stopped")
+
+    def stop(self) -> None:
+        """Ask for a graceful end; may be called from any thread."""
+        self._server.should_exit = True
+
+    def _load(self) -> None:
+        try:
+            self._state.load()
+            _log.info("ready: the models are warm")
+        except Exception as error:  # noqa: BLE001 (whatever it is, the server must not stay up useless)
+            self.failure = f"The recognition models cannot be loaded: {error}"
+            _log.error("%s", self.failure, exc_info=not isinstance(error, ValueError))
+            self.stop()
+
+
+class _Server(uvicorn.Server):
+    """Takes SIGTERM as an ordinary end: the process has done all that was asked of it."""
+
+    @contextlib.contextmanager
+    def capture_signals(self) -> Iterator[None]:
+        with super().capture_signals():
+            try:
+                yield
+            finally:
+                captured = [number for number in self._captured_signals if number != signal.SIGTERM]
+                self._captured_signals[:] = captured
