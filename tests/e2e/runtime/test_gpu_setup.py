@@ -1,0 +1,399 @@
+"""gpu-setup with real installs and removals: what it says, and what is installed afterwards."""
+
+from __future__ import annotations
+
+import pytest
+from runtime_wheels import (
+    NEEDS_CPU_PACKAGE,
+    NO_IMPORT,
+    NOISY,
+    SLOW_TO_LEAVE,
+    wheel_name,
+    withdrawn_when_imported,
+)
+
+CPU, GPU, DIRECTML = "onnxruntime", "onnxruntime-gpu", "onnxruntime-directml"
+CUDA_LIBRARIES = {"nvidia-cuda-runtime-cu12": "12.0", "nvidia-cudnn-cu12": "12.0"}
+ONLY_CPU = {CPU: "1.19.2"}
+ONLY_GPU = {GPU: "1.19.2", **CUDA_LIBRARIES}
+SETTING_UP = """
+🔧 Setting up {0} backend...
+   (atomic: install new → verify → remove old; rollback on failure)
+"""
+DONE = """
+✅ Done. Use --backend {0} to enable:
+   zv-anpr photo.jpg --backend {0}
+   zv-anpr server start  (set backend in server_config.yaml)
+"""
+CPU_WORKS = """
+🔍 Verifying...
+✅ CPUExecutionProvider is available!
+   Providers: CPUExecutionProvider
+""" + DONE.format("cpu")
+CUDA_WORKS = """
+🔍 Verifying...
+✅ CUDAExecutionProvider is available!
+   Providers: CUDAExecutionProvider, CPUExecutionProvider
+   GPU ready: onnxruntime starts CUDA
+""" + DONE.format("cuda")
+
+
+def test_directml_is_refused_here_and_nothing_runs(runtime):
+    runtime.have(CPU)
+    before = runtime.files()
+    reason = (
+        "onnxruntime-directml is Windows-only (detected: Linux). "
+        "Run: zv-anpr gpu-setup cpu or cuda."
+    )
+    assert runtime.run("gpu-setup", "directml") == (
+        1,
+        runtime.title("directml") + f"\n✗ {reason}\n",
+    )
+    assert runtime.files() == before
+
+
+def test_cuda_over_cpu_is_the_default(runtime):
+    runtime.have(CPU)
+    runtime.offer(GPU)
+    status, out = runtime.run("gpu-setup")
+    assert out == (
+        runtime.title("cuda")
+        + "\n📦 Currently installed:\n   onnxruntime 1.19.2\n"
+        + SETTING_UP.format("cuda")
+        + "\n  Step 1: Installing onnxruntime-gpu...\n"
+        + runtime.pip("install", "onnxruntime-gpu[cuda,cudnn]")
+        + "\n  Step 2: Verifying onnxruntime-gpu import...\n"
+        + "  ✓ onnxruntime 1.19.2 imports OK\n"
+        + "\n  Step 3: Removing conflicting packages...\n"
+        + "  Uninstalling onnxruntime...\n"
+        + runtime.pip("uninstall", "onnxruntime", "-y")
+        + "\n  Step 3b: Restoring onnxruntime-gpu files shared with the removed package...\n"
+        + runtime.pip("install", "--force-reinstall", "--no-deps", "onnxruntime-gpu")
+        + "  ✓ onnxruntime 1.19.2 imports OK\n"
+        + CUDA_WORKS
+    )
+    assert status == 0
+    assert runtime.distributions() == ONLY_GPU
+    assert runtime.session_runs_on() == GPU
+    assert not list(runtime.folder.glob(".zv*"))
+
+
+def test_an_empty_environment_gets_the_cpu_runtime(runtime):
+    runtime.offer(CPU)
+    assert runtime.run("gpu-setup", "cpu") == (
+        0,
+        runtime.title("cpu")
+        + SETTING_UP.format("cpu")
+        + "\n  Step 1: Installing onnxruntime...\n"
+        + runtime.pip("install", "onnxruntime")
+        + "\n  Step 2: Verifying onnxruntime import...\n"
+        + "  ✓ onnxruntime 1.19.2 imports OK\n"
+        + CPU_WORKS,
+    )
+    assert runtime.distributions() == ONLY_CPU
+
+
+def test_a_conflict_is_found_and_fixed(runtime):
+    runtime.have(GPU, CPU)
+    assert runtime.run("gpu-info")[1].endswith(
+        "💡 Tips:\n"
+        "⚠️  Both onnxruntime (CPU) and onnxruntime-gpu are installed — GPU provider may be hidden\n"
+        "   Fix: zv-anpr gpu-setup cuda\n"
+    )
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    assert out.startswith(
+        runtime.title("cuda")
+        + "\n⚠️  Both onnxruntime (CPU) and onnxruntime-gpu are installed — "
+        + "GPU provider may be hidden\n"
+        + "\n📦 Currently installed:\n   onnxruntime 1.19.2\n   onnxruntime-gpu 1.19.2\n"
+        + SETTING_UP.format("cuda")
+        + "\n  Step 1: Reinstalling onnxruntime-gpu...\n"
+        + runtime.pip("install", "--force-reinstall", "onnxruntime-gpu[cuda,cudnn]")
+    )
+    assert out.endswith(CUDA_WORKS)
+    assert runtime.distributions() == ONLY_GPU
+    assert runtime.session_runs_on() == GPU
+    assert runtime.run("gpu-info")[1].endswith("💡 Tips:\n")
+
+
+def test_back_to_cpu_removes_both_others_in_order_and_no_fourth(runtime):
+    runtime.have(DIRECTML, GPU, CPU)
+    info = runtime.site / "onnxruntime_training-1.2.dist-info"
+    info.mkdir()
+    (info / "METADATA").write_text(
+        "Metadata-Version: 2.1\nName: ONNXruntime-training\nVersion: 1.2\n"
+    )
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert (
+        "\n📦 Currently installed:\n   onnxruntime 1.19.2\n   onnxruntime-directml 1.19.2\n"
+        "   onnxruntime-gpu 1.19.2\n   onnxruntime-training 1.2\n"
+    ) in out
+    assert (
+        "\n  Step 1: Reinstalling onnxruntime...\n"
+        + runtime.pip("install", "--force-reinstall", "onnxruntime")
+        in out
+    )
+    assert (
+        "\n  Step 3: Removing conflicting packages...\n"
+        "  Uninstalling onnxruntime-gpu...\n"
+        + runtime.pip("uninstall", "onnxruntime-gpu", "-y")
+        + "  Uninstalling onnxruntime-directml...\n"
+        + runtime.pip("uninstall", "onnxruntime-directml", "-y")
+        + "\n  Step 3b: Restoring onnxruntime files shared with the removed package...\n"
+        + runtime.pip("install", "--force-reinstall", "--no-deps", "onnxruntime")
+    ) in out
+    assert out.endswith(CPU_WORKS)
+    assert status == 0
+    assert runtime.distributions() == {**ONLY_CPU, "ONNXruntime-training": "1.2"}
+    assert runtime.session_runs_on() == CPU
+
+
+def test_cpu_that_is_there_is_only_verified(runtime):
+    runtime.have(CPU)
+    before = runtime.files()
+    assert runtime.run("gpu-setup", "cpu") == (
+        0,
+        runtime.title("cpu")
+        + "\n📦 Currently installed:\n   onnxruntime 1.19.2\n"
+        + "\n✅ onnxruntime 1.19.2 already installed, no conflicts.\n"
+        + CPU_WORKS,
+    )
+    assert runtime.files() == before
+
+
+def test_gpu_that_is_there_gets_its_libraries(runtime):
+    runtime.have(GPU)
+    assert runtime.run("gpu-setup", "gpu") == (
+        0,
+        runtime.title("gpu")
+        + "\n📦 Currently installed:\n   onnxruntime-gpu 1.19.2\n"
+        + "\n✅ onnxruntime-gpu 1.19.2 already installed, no conflicts.\n"
+        + "   Making sure the NVIDIA CUDA libraries are there too...\n"
+        + runtime.pip("install", "onnxruntime-gpu[cuda,cudnn]")
+        + CUDA_WORKS,
+    )
+    assert runtime.distributions() == ONLY_GPU
+
+
+def test_libraries_that_cannot_be_had_do_not_matter(runtime):
+    runtime.have(GPU)
+    (runtime.links / wheel_name("nvidia-cudnn-cu12", "12.0")).unlink()
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    assert "  ✗ Failed: ERROR: Could not find a version that satisfies the requirement" in out
+    assert out.endswith(CUDA_WORKS)
+    assert runtime.distributions() == {GPU: "1.19.2"}
+
+
+@pytest.mark.parametrize("fault", ["nothing on offer", "needs what is not there"])
+def test_step_1_fails_and_nothing_changes(runtime, fault):
+    runtime.have(CPU)
+    if fault == "needs what is not there":
+        runtime.offer(GPU, needs="a-package-that-nobody-made")
+    before = runtime.files()
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 1
+    assert "\n  ✗ Failed: ERROR: Could not find a version that satisfies the requirement" in out
+    assert out.endswith(
+        "\n\n✗ Failed to install onnxruntime-gpu.\n"
+        "   Environment UNCHANGED — your previous setup still works.\n"
+        "   Manual retry: pip install onnxruntime-gpu\n"
+    )
+    assert runtime.files() == before
+    assert runtime.session_runs_on() == CPU
+
+
+def test_step_2_fails_for_cuda_and_cpu_comes_back(runtime):
+    runtime.have(CPU)
+    runtime.offer(GPU, head=NO_IMPORT)
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 1
+    failure = out.split("  ✗ onnxruntime import failed after install:\n")[1]
+    error, rest = failure.split("\n   Rolling back:")
+    assert error.startswith("    Traceback (most recent call last):\n")
+    assert len(error) == 4 + 200
+    assert rest == (
+        " removing onnxruntime-gpu and reinstalling onnxruntime CPU...\n"
+        + runtime.pip("uninstall", "onnxruntime-gpu", "-y")
+        + runtime.pip("install", "onnxruntime")
+    )
+    # The distribution is there again, as the installer sees it.
+    assert runtime.distributions() == {**ONLY_CPU, **CUDA_LIBRARIES}
+
+
+def test_step_2_fails_for_cuda_in_an_empty_environment(runtime):
+    runtime.offer(GPU, head=NO_IMPORT)
+    runtime.offer(CPU)
+    assert runtime.run("gpu-setup", "cuda")[0] == 1
+    assert runtime.distributions() == {**ONLY_CPU, **CUDA_LIBRARIES}
+    assert runtime.session_runs_on() == CPU
+
+
+def test_step_2_fails_for_cpu_and_leaves_no_runtime(runtime):
+    runtime.offer(CPU, head=NO_IMPORT)
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert status == 1
+    assert out.endswith(
+        "   Rolling back: removing onnxruntime and reinstalling onnxruntime CPU...\n"
+        + runtime.pip("uninstall", "onnxruntime", "-y")
+    )
+    assert runtime.distributions() == {}
+
+
+def test_a_conflict_that_cannot_be_removed_is_left(runtime):
+    runtime.have(CPU, DIRECTML)
+    (runtime.site / "onnxruntime-1.19.2.dist-info" / "RECORD").unlink()
+    runtime.offer(GPU)
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    removal = out.split("  Uninstalling onnxruntime...\n")[1]
+    assert removal.startswith(runtime.pip("uninstall", "onnxruntime", "-y") + "  ✗ Failed: ")
+    assert (
+        "\n  ⚠️  Could not uninstall onnxruntime — but onnxruntime-gpu is installed and works.\n"
+        "     You may see provider conflicts. Run manually: pip uninstall onnxruntime -y\n"
+        "  Uninstalling onnxruntime-directml...\n"
+    ) in removal
+    assert out.endswith(CUDA_WORKS)
+    assert runtime.distributions() == {**ONLY_CPU, **ONLY_GPU}
+    assert runtime.session_runs_on() == GPU
+
+
+def test_step_3b_finds_nothing_to_install(runtime):
+    runtime.have(CPU)
+    wheel = runtime.links / wheel_name(GPU, "1.19.2")
+    runtime.offer(GPU, head=withdrawn_when_imported(wheel))
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 1
+    assert out.endswith(
+        "\n\n✗ Could not reinstall onnxruntime-gpu after removing the old package.\n"
+        "   onnxruntime is very likely broken right now. Fix with:\n"
+        "     pip install --force-reinstall onnxruntime-gpu\n"
+    )
+    assert runtime.distributions() == ONLY_GPU
+
+
+def test_the_import_is_still_broken_after_3b(runtime):
+    runtime.have(CPU)
+    runtime.offer(GPU, head=NEEDS_CPU_PACKAGE)
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 1
+    last = out.split("Step 3b")[1].split("\n", 2)[2]
+    error, rest = last.split("\n", 1)
+    assert error.startswith(
+        "  ✗ ImportError: cannot import name '_only_onnxruntime' from partially"
+    )
+    assert len(error) == 4 + 160
+    assert rest == (
+        "\n✗ onnxruntime still does not import cleanly.\n"
+        "   Fix with: pip install --force-reinstall onnxruntime-gpu\n"
+    )
+    assert runtime.distributions() == ONLY_GPU
+
+
+def test_cuda_that_cannot_start(runtime):
+    runtime.have(GPU)
+    runtime.cuda_problem("Ä" * 250, before="print('CUDA_PROBLEM'); print('noise')")
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    assert out.endswith(
+        "\n🔍 Verifying...\n"
+        "⚠️  onnxruntime-gpu is installed, but CUDA cannot start:\n"
+        f"   {'Ä' * 200}\n"
+        "   Models would run on the CPU. Possible causes:\n"
+        "   • the NVIDIA libraries are missing: pip install 'onnxruntime-gpu[cuda,cudnn]'\n"
+        "   • the NVIDIA driver is older than this onnxruntime-gpu needs (check: nvidia-smi)\n"
+        + DONE.format("cuda")
+    )
+
+
+def test_a_check_of_cuda_that_crashes_is_a_problem(runtime):
+    runtime.have(GPU)
+    runtime.cuda_problem(None, before="import os; os.abort()")
+    assert (
+        "CUDA cannot start:\n   could not check whether CUDA starts\n"
+        in runtime.run("gpu-setup", "cuda")[1]
+    )
+
+
+def test_a_provider_that_is_missing(runtime):
+    runtime.offer(GPU, providers=["AzureExecutionProvider", "CPUExecutionProvider"])
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    assert out.endswith(
+        "\n🔍 Verifying...\n"
+        "⚠️  CUDAExecutionProvider not found in providers: "
+        "AzureExecutionProvider, CPUExecutionProvider\n"
+        "   Possible causes:\n"
+        "   • onnxruntime-gpu is not installed: pip install 'onnxruntime-gpu[cuda,cudnn]'\n"
+        "   • the NVIDIA driver is missing or too old\n"
+        "   Check: nvidia-smi\n" + DONE.format("cuda")
+    )
+
+
+def test_a_missing_cpu_provider_has_no_further_advice(runtime):
+    runtime.offer(CPU, providers=["AzureExecutionProvider"])
+    assert runtime.run("gpu-setup", "cpu")[1].endswith(
+        "⚠️  CPUExecutionProvider not found in providers: AzureExecutionProvider\n"
+        + DONE.format("cpu")
+    )
+
+
+def test_no_providers_at_all(runtime):
+    runtime.offer(CPU, providers=[])
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert status == 0
+    assert out.endswith("\n🔍 Verifying...\n✗ Cannot read providers after install\n")
+
+
+def test_an_installed_runtime_that_does_not_import(runtime):
+    runtime.have(CPU)
+    message = "é" * 300
+    text = f"print('PROVIDERS_JSON', flush=True)\nraise RuntimeError({message!r})"
+    (runtime.site / "onnxruntime" / "__init__.py").write_text(text, encoding="utf-8")
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert status == 0
+    shown = f"RuntimeError: {message}"[:160]
+    assert out.endswith(
+        f"already installed, no conflicts.\n\n🔍 Verifying...\n"
+        f"✗ Cannot read providers after install\n   {shown}\n"
+    )
+
+
+@pytest.mark.parametrize("head", [NOISY, SLOW_TO_LEAVE])
+def test_what_the_runtime_prints_is_not_taken_for_an_answer(runtime, head):
+    runtime.offer(GPU, head=head)
+    status, out = runtime.run("gpu-setup", "cuda")
+    assert status == 0
+    assert out.endswith(CUDA_WORKS)
+
+
+def test_the_first_marked_line_counts(runtime):
+    runtime.have(GPU)
+    providers = '["CUDAExecutionProvider"]'
+    start = f"print('PROVIDERS_JSON:{providers}')\nprint('PROVIDERS_JSON:no JSON')\n"
+    module = runtime.site / "onnxruntime" / "__init__.py"
+    module.write_text(start + module.read_text())
+    runtime.cuda_problem("later", before="print('CUDA_PROBLEM:null')")
+    out = runtime.run("gpu-setup", "cuda")[1]
+    assert "   Providers: CUDAExecutionProvider\n   GPU ready: onnxruntime starts CUDA\n" in out
+
+
+def test_the_installers_own_text_is_shown_whole(runtime):
+    """An installer that cannot even start: its text is shown to the last byte, whatever it is."""
+    installer = runtime.site / "pip" / "__main__.py"
+    installer.unlink()  # it is a link to the template's
+    noise = "sys.stdout.buffer.write(b'  \\xff' + b'y' * 300_000 + b' \\n')"
+    installer.write_text(f"import sys\nsys.stderr.write(' \\n')\n{noise}\nsys.exit(4)\n")
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert status == 1
+    assert f"\n  ✗ Failed: \ufffd{'y' * 300_000}\n\n✗ Failed to install onnxruntime.\n" in out
+
+
+def test_an_interpreter_that_is_gone_is_an_error(runtime):
+    runtime.zv.engine_file(
+        "_version.py", "import sys\nsys.executable += '-gone'\n__version__ = '1'\n"
+    )
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert status == 1
+    assert out.endswith(f"Error: [Errno 2] No such file or directory: '{runtime.python}-gone'\n")

@@ -1,0 +1,100 @@
+"""Changing the backend of a running server's recogniser: nothing under way is lost."""
+
+from __future__ import annotations
+
+import json
+import threading
+
+import numpy as np
+import pytest
+from hub_server import wait_until
+from release_archives import executable
+
+pytest.importorskip("ruamel.yaml", reason="needs the server's dependencies")
+
+from zelvoran_anpr.server.config.settings import load_settings
+from zelvoran_anpr.server.web.mmc_switch import MmcSwitch, MmcUnavailable
+
+PHOTO = np.full((400, 600, 3), (250, 0, 0), dtype=np.uint8)
+BOX = [250, 300, 350, 330]
+
+
+@pytest.fixture
+def settings(home, tmp_path, monkeypatch):
+    """Write `mmc.local` with two different servers' worth of settings; JSON is YAML too."""
+    binary = tmp_path / "llama-server"
+    binary.write_bytes(executable())
+    binary.chmod(0o755)
+    for name in ("llm", "mmproj"):
+        (tmp_path / name).write_bytes(b"GGUF")
+    folder = tmp_path / "config"
+    folder.mkdir()
+    monkeypatch.setenv("ZELVORAN_CONFIG_DIR", str(folder))
+
+    def write(**local) -> None:
+        section = {"server_bin": str(binary), "llm": str(tmp_path / "llm"), **local}
+        section["mmproj"] = str(tmp_path / "mmproj")
+        mmc = {"enabled": True, "backend": "local", "local": section}
+        (folder / "server_config.yaml").write_text(json.dumps({"mmc": mmc}))
+
+    write()
+    return write
+
+
+@pytest.fixture
+def switch(settings):
+    made = MmcSwitch(load_settings(None, {}))
+    yield made
+    made.stop()
+
+
+def test_requests_go_on_while_the_backend_changes(switch, settings, monkeypatch):
+    monkeypatch.setenv("LLAMA_DOUBLE", json.dumps({"slow": 0.05}))
+    assert switch.change("local") is None
+    done, failed, ending = [], [], threading.Event()
+
+    def ask() -> None:
+        while not ending.is_set():
+            try:
+                done.append(switch.recognise(PHOTO, BOX)["make"])
+            except MmcUnavailable as error:
+                failed.append(str(error))
+
+    threads = [threading.Thread(target=ask) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    for threads_setting in (1, 2, 3):
+        before = len(done)
+        settings(threads=threads_setting)
+        assert switch.change("local") is None
+        wait_until(lambda before=before: len(done) > before + 4)
+    ending.set()
+    for thread in threads:
+        thread.join()
+    assert failed == [] and set(done) == {"Double"}
+
+
+def test_a_backend_that_does_not_come_up_leaves_the_one_before(switch, settings, monkeypatch):
+    assert switch.change("local") is None
+    monkeypatch.setenv("LLAMA_DOUBLE", json.dumps({"fail": "error: out of memory"}))
+    settings(threads=9)
+    assert "out of memory" in switch.change("local")
+    assert "not configured" in switch.change("cloud")
+    assert switch.name == "local" and switch.available
+    assert switch.recognise(PHOTO, BOX)["color"] == "red"
+
+
+def test_a_request_that_met_the_change_is_answered_by_the_new_backend(switch, settings):
+    assert switch.change("local") is None
+    old = switch._backend
+    ask = old.recognise
+
+    def change_first(vehicle):
+        """The moment between choosing a backend and asking it."""
+        settings(threads=2)
+        assert switch.change("local") is None
+        return ask(vehicle)
+
+    old.recognise = change_first
+    assert switch.recognise(PHOTO, BOX)["color"] == "red"
+    assert switch._backend is not old

@@ -1,0 +1,100 @@
+"""Our own models' way in and out: scaling, overlapping finds, the plate's picture, its text."""
+
+import numpy as np
+import pytest
+from zelvoran_anpr.reading import own_detector, own_reader
+
+
+def test_a_photo_is_scaled_and_filled_up_to_multiples_of_32():
+    field, scale = own_detector.fitted(np.full((720, 1280, 3), 255, np.uint8), 640)
+    assert field.shape == (1, 384, 640, 3) and field.dtype == np.uint8
+    assert scale == 0.5
+    assert (field[0, :360] == 255).all() and (field[0, 360:] == 114).all()
+
+
+def test_small_and_upright_photos_fit_too():
+    field, scale = own_detector.fitted(np.zeros((40, 10, 3), np.uint8), 320)
+    assert field.shape == (1, 320, 96, 3) and scale == 8
+
+
+def _quad(left, top, right, bottom):
+    return [[left, top], [right, top], [right, bottom], [left, bottom]]
+
+
+def test_overlapping_finds_leave_the_surest_and_weak_ones_go():
+    boxes = np.array(
+        [[0, 0, 100, 20], [2, 0, 102, 20], [300, 0, 400, 20], [0, 300, 90, 330]], float
+    )
+    corners = np.array([_quad(*box) for box in boxes], np.float32)
+    found = own_detector.plates(np.array([0.6, 0.9, 0.5, 0.1]), boxes, corners)
+    assert [plate.confidence for plate in found] == [0.9, 0.5]
+    assert found[0].corners.tolist() == _quad(2, 0, 102, 20)
+    [line] = found[0].lines
+    assert line[0] == pytest.approx([0, -0.7]) and line[2] == pytest.approx([104, 20.7])
+
+
+def test_no_finds_give_no_plates():
+    nothing = own_detector.plates(np.zeros(5), np.zeros((5, 4)), np.zeros((5, 4, 2)))
+    assert nothing == []
+
+
+@pytest.mark.parametrize("scale", [0.3, 1.0, 3.5])
+def test_a_plate_of_any_size_fills_the_picture(scale):
+    width, height = round(192 * scale), round(64 * scale)
+    image = np.zeros((height + 20, width + 20, 3), np.uint8)
+    image[10 : 10 + height, 10 : 10 + width] = (0, 255, 0)
+    quad = np.array(_quad(10, 10, 10 + width, 10 + height), float)
+    picture = own_reader.plate_picture(image, quad)
+    assert picture.shape == (64, 192, 3) and picture.dtype == np.uint8
+    assert (picture[4:-4, 4:-4] == (0, 255, 0)).all()
+
+
+def test_a_large_plate_is_averaged_not_sampled():
+    stripes = np.zeros((256, 768, 3), np.uint8)
+    stripes[:, ::2] = 200
+    picture = own_reader.plate_picture(stripes, np.array(_quad(0, 0, 768, 256), float))
+    inner = picture[8:-8, 8:-8].astype(int)
+    assert abs(inner - 100).max() < 30
+
+
+def _slots(text: str, sure: dict[int, float], count: int = 6) -> np.ndarray:
+    slots = np.zeros((count, 5))
+    for i in range(count):
+        best = "AB12".index(text[i]) + 1 if i < len(text) else 0
+        slots[i, best] = sure.get(i, 1.0)
+        slots[i, (best + 1) % 5] = 1 - sure.get(i, 1.0)
+    return slots
+
+
+def test_slots_become_text_up_to_the_first_empty_one():
+    text = own_reader.text_of(_slots("A1B", {1: 0.7}), "AB12")
+    assert text.text == "A1B" and text.confidences == (1.0, 0.7, 1.0)
+    assert text.confidence == 0.7
+
+
+def test_an_unsure_end_makes_the_last_character_unsure():
+    assert own_reader.text_of(_slots("A1", {2: 0.6}), "AB12").confidences == (1.0, 0.6)
+
+
+def test_a_text_may_fill_all_slots_or_none():
+    assert own_reader.text_of(_slots("A1B2A1", {}), "AB12").text == "A1B2A1"
+    empty = own_reader.text_of(_slots("", {}), "AB12")
+    assert (empty.text, empty.confidences, empty.rows) == ("", (), ())
+
+
+@pytest.mark.parametrize(
+    ("region", "left"),
+    [("univ", "A1京가さ品"), ("kr", "A1가"), ("cn", "A1京品"), ("jp", "A1京さ品"), ("na", "A1"),
+     ("br", "A1"), ("de", "A1")],
+)  # fmt: skip
+def test_a_region_leaves_its_scripts(region, left):
+    characters = "A1京가さ品"
+    kept = own_reader.allowed(characters, region)
+    assert kept[0] == 1
+    assert "".join(c for c, one in zip(characters, kept[1:], strict=True) if one) == left
+
+
+def test_what_a_region_strikes_out_leaves_the_reading_unsure():
+    slots = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
+    text = own_reader.text_of(slots * own_reader.allowed("A京", "de"), "A京")
+    assert (text.text, text.confidence) == ("A", pytest.approx(0.1))

@@ -1,0 +1,24 @@
+"""Random requests made from the server's own description never make it fail."""
+
+import subprocess
+import sys
+from pathlib import Path
+
+CHECKS = (
+    "not_a_server_error,status_code_conformance,content_type_conformance,"
+    "response_schema_conformance"
+)
+
+
+def test_no_request_that_fits_the_description_makes_the_server_fail(server):
+    program = Path(sys.executable).with_name("schemathesis")
+    done = subprocess.run(
+        [program, "run", f"{server.url}/openapi.json", "--checks", CHECKS,
+         "--max-examples", "15", "--seed", "17", "--mode", "all", "--workers", "1",
+         "--phases", "coverage,fuzzing", "--generation-database", "none"],
+        text=True, capture_output=True, timeout=120, check=False,
+        env={**server.home.environment, "NO_COLOR": "1"},
+    )  # fmt: skip
+    assert done.returncode == 0, done.stdout[-6000:]
+    assert server.client().get("/api/health").json()["errors"] == 0
+    assert "Traceback" not in server.home.log()

@@ -1,0 +1,102 @@
+"""The log: what it tells, and that nobody loses it when it is rotated."""
+
+import logging
+import subprocess
+import sys
+
+from conftest import jpeg, upload, wait_until
+from zelvoran_anpr.server.log_file import SharedLogHandler
+
+LINE = "x" * 99
+
+
+def write(path, count: int, name: str, max_bytes: int = 10_000, kept: int = 50) -> None:
+    handler = SharedLogHandler(path, max_bytes, kept)
+    for number in range(count):
+        text = f"{name} {number} {LINE}"
+        handler.emit(logging.LogRecord("test", logging.INFO, "", 0, text, (), None))
+    handler.close()
+
+
+def all_lines(directory) -> list[str]:
+    files = [path for path in directory.iterdir() if not path.name.endswith(".lock")]
+    return [line for path in files for line in path.read_text().splitlines()]
+
+
+def test_every_answer_is_logged_and_no_secret_is(home):
+    server = home.start()
+    with server.client() as client:
+        upload(client, jpeg())
+        client.get("/api/health?detailed=true", headers={"X-ZV-ANPR-Token": home.token()})
+        client.post("/api/session", json={"token": home.token()})
+        client.get("/nothing%0Ahere")
+    wait_until(lambda: "here" in home.log())
+    text = home.log()
+    assert '127.0.0.1 "POST /api/anpr" 200 ' in text
+    assert '"GET /nothing%0Ahere" 404 ' in text
+    assert home.token() not in text
+    assert (home.config_dir / "logs").stat().st_mode & 0o077 == 0
+
+
+def test_rotation_keeps_so_many_old_logs(tmp_path):
+    log = tmp_path / "server.log"
+    write(log, 1000, "a", max_bytes=5_000, kept=3)
+    names = sorted(path.name for path in tmp_path.glob("server.log*") if path.suffix != ".lock")
+    assert names == ["server.log", "server.log.1", "server.log.2", "server.log.3"]
+    assert all(path.stat().st_size < 6_000 for path in tmp_path.iterdir())
+    newest = [line.split()[1] for line in (tmp_path / "server.log.1").read_text().splitlines()]
+    assert newest == sorted(newest, key=int)
+
+
+def test_two_servers_that_share_a_log_lose_no_line_when_it_is_rotated(tmp_path, spawn):
+    logs = tmp_path / "logs"
+    logs.mkdir()
+    code = (
+        "import sys, pathlib; sys.path.insert(0, sys.argv[3]); from test_log import write; "
+        "write(pathlib.Path(sys.argv[1]), 1000, sys.argv[2])"
+    )
+    here = str(__file__).rpartition("/")[0]
+    writers = [
+        spawn([sys.executable, "-c", code, str(logs / "server.log"), name, here])
+        for name in ("a", "b")
+    ]
+    assert [writer.wait(60) for writer in writers] == [0, 0]
+    lines = all_lines(logs)
+    assert len(lines) == 2000
+    assert {f"{name} {number} {LINE}" for name in "ab" for number in range(1000)} == set(lines)
+
+
+def test_a_follower_sees_what_is_written_after_a_rotation(home, spawn, tmp_path):
+    home.configure(limits={"log_mb": 0.002})
+    server = home.start()
+    seen = tmp_path / "seen"
+    with open(seen, "wb") as out:
+        log = home.config_dir / "logs" / "server.log"
+        spawn(["tail", "-f", str(log)], stdout=out, stderr=subprocess.DEVNULL)
+        with server.client() as client:
+            for number in range(60):
+                client.get(f"/before-{number}")
+            assert (home.config_dir / "logs" / "server.log.1").exists()
+            wait_until(lambda: b"/before-5" in seen.read_bytes())
+            client.get("/after")
+            wait_until(lambda: b"/after" in seen.read_bytes())
+
+
+def test_what_native_code_prints_still_lands_in_the_log_after_a_rotation(home):
+    home.configure(limits={"log_mb": 0.002})
+    server = home.start()
+    with server.client() as client:
+        for number in range(60):
+            client.get(f"/line-{number}")
+    with open(f"/proc/{server.pid}/fd/2", "ab", buffering=0) as standard_error:
+        standard_error.write(b"native words\n")
+    assert "native words" in home.log()
+
+
+def test_a_log_that_was_moved_away_is_begun_anew(home):
+    server = home.start()
+    log = home.config_dir / "logs" / "server.log"
+    log.rename(log.with_name("elsewhere"))
+    with server.client() as client:
+        client.get("/again")
+    wait_until(lambda: log.exists() and "/again" in log.read_text())

@@ -1,0 +1,108 @@
+"""Make, model and colour through the server, from a service that this test runs."""
+
+import json
+import threading
+from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+
+import pytest
+from conftest import free_port, upload, wait_until
+
+
+class Service(ThreadingHTTPServer):
+    """Answers like a recognition service; `answer` is the status and body of what comes next."""
+
+    daemon_threads = True
+
+    def __init__(self) -> None:
+        super().__init__(("127.0.0.1", 0), _Handler)
+        self.answer = (200, {"make": "Renault", "model": "Duster", "color": "silver"})
+        self.pictures: list[bytes] = []
+        self.url = f"http://127.0.0.1:{self.server_port}/recognise"
+
+
+class _Handler(BaseHTTPRequestHandler):
+    def do_HEAD(self):
+        self._send(200, b"")
+
+    def do_POST(self):
+        self.server.pictures.append(self.rfile.read(int(self.headers["Content-Length"])))
+        status, body = self.server.answer
+        self._send(status, json.dumps(body).encode())
+
+    def _send(self, status: int, body: bytes):
+        self.send_response(status)
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+
+    def log_message(self, *_):
+        pass
+
+
+@pytest.fixture
+def service():
+    made = Service()
+    threading.Thread(target=made.serve_forever, daemon=True).start()
+    yield made
+    made.shutdown()
+    made.server_close()
+
+
+@pytest.fixture
+def client(home, service):
+    home.configure(mmc={"cloud": {"url": service.url, "daily_limit": 5}})
+    with home.start(threads=1).client() as made:
+        wait_until(lambda: made.get("/api/health").json()["mmc_available"])
+        yield made
+
+
+def test_each_plate_is_told_with_its_vehicle_and_the_quota_goes_down(client, service, plate_photo):
+    plate = upload(client, plate_photo, "/api/anpr/mmc").json()["results"][0]
+    assert (plate["mmc_make"], plate["mmc_model"], plate["mmc_color"]) == (
+        "Renault", "Duster", "silver",
+    )  # fmt: skip
+    assert service.pictures[0].startswith(b"\xff\xd8")
+    assert client.get("/api/mmc/status").json() == {
+        "available": True, "backend": "cloud",
+        "mmc_calls_today": 1, "mmc_daily_limit": 5, "mmc_remaining": 4,
+    }  # fmt: skip
+
+
+def test_without_being_asked_nothing_is_sent(client, service, plate_photo):
+    plate = upload(client, plate_photo).json()["results"][0]
+    assert plate["mmc_make"] == ""
+    assert service.pictures == []
+
+
+def test_a_service_that_fails_costs_no_plate(client, service, plate_photo):
+    service.answer = (500, {})
+    answer = upload(client, plate_photo, "/api/anpr/mmc")
+    assert answer.status_code == 200
+    assert answer.json()["results"][0]["mmc_make"] == ""
+    assert "answered 500" in answer.json()["mmc_error"]
+
+
+def test_a_change_that_fails_keeps_the_backend_and_a_later_one_reads_the_new_settings(
+    home, client, service, plate_photo
+):
+    failed = client.put("/api/mmc/backend", json={"backend": "local"}).json()
+    assert (failed["success"], failed["backend"]) == (False, "cloud")
+    assert client.get("/api/mmc/status").json()["available"] is True
+    home.configure(mmc={"cloud": {"url": f"http://127.0.0.1:{free_port()}/"}})
+    assert client.put("/api/mmc/backend", json={"backend": "cloud"}).json()["success"] is False
+    home.configure(mmc={"cloud": {"url": service.url, "daily_limit": 0}})
+    changed = client.put("/api/mmc/backend", json={"backend": "Cloud"}).json()
+    assert changed == {"success": True, "backend": "cloud", "previous_backend": "cloud"}
+    assert client.get("/api/mmc/status").json()["mmc_daily_limit"] == "unlimited"
+    answer = upload(client, plate_photo, "/api/anpr/mmc").json()
+    assert answer["results"][0]["mmc_make"] == "Renault"
+
+
+def test_switched_off_it_says_so_and_choosing_a_backend_switches_it_on(home, service):
+    home.configure(mmc={"enabled": False, "cloud": {"url": service.url}})
+    with home.start(threads=1).client() as client:
+        status = client.get("/api/mmc/status").json()
+        assert (status["available"], status["error"]) == (False, "MMC is switched off")
+        assert client.get("/api/health").json()["mmc_enabled"] is False
+        assert client.put("/api/mmc/backend", json={"backend": "cloud"}).json()["success"]
+        assert client.get("/api/health").json()["mmc_available"] is True

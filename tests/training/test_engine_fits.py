@@ -1,0 +1,31 @@
+"""Exported networks run in the engine's detector and reader; needs torch."""
+
+import numpy as np
+import pytest
+
+torch = pytest.importorskip("torch")
+pytest.importorskip("onnx")
+pytest.importorskip("zelvoran_anpr")
+
+from zelvoran_anpr.reading import own_detector, own_reader  # noqa: E402
+
+from training.detector import export as detector_export  # noqa: E402
+from training.detector.network import Detector  # noqa: E402
+from training.reader import export as reader_export  # noqa: E402
+from training.reader.network import Reader  # noqa: E402
+from training.scene.crop import HEIGHT, WIDTH  # noqa: E402
+
+
+def test_the_engine_finds_and_reads_with_random_weights(tmp_path, monkeypatch):
+    monkeypatch.setattr(own_detector, "_LEAST_SCORE", 0.0)
+    torch.manual_seed(1)
+    detector_file = detector_export.export(Detector(0.5).eval(), "320p_fp32", tmp_path)
+    pictures = np.zeros((4, HEIGHT, WIDTH, 3), np.uint8)
+    reader_files = reader_export.export(Reader(32).eval(), 1.0, pictures, tmp_path)
+    photo = np.random.default_rng(1).integers(0, 255, (180, 320, 3), dtype=np.uint8)
+    detector = own_detector.OwnDetector(str(detector_file), 320, "cpu")
+    found = detector.detect(photo)
+    assert found and all(0 <= plate.confidence <= 1 for plate in found)
+    for file in reader_files:
+        text = own_reader.OwnReader(str(file), "cpu").read(photo, found[0], "univ")
+        assert len(text.text) == len(text.confidences)

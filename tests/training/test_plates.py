@@ -1,0 +1,74 @@
+"""Drawn plates: their texts can be learnt, their ink stays in its place, a seed repeats them."""
+
+from random import Random
+
+import pytest
+
+from training import alphabet
+from training.plates.catalogue import ALL, SHARES
+from training.plates.face import draw_face
+from training.plates.lettering import set_rows
+from training.plates.text import write
+
+
+@pytest.mark.parametrize("seed", range(5))
+def test_every_design_writes_texts_of_the_alphabet(seed):
+    rng = Random(seed)
+    for design in ALL:
+        text = write(design, rng)[1]
+        assert 3 <= len(text) <= alphabet.SLOTS
+        assert alphabet.decode(alphabet.encode(text)) == text
+
+
+def test_every_pattern_has_as_many_rows_as_its_design():
+    for design in ALL:
+        assert {pattern.count("/") + 1 for pattern in design.patterns} == {len(design.rows)}, design
+
+
+@pytest.mark.parametrize("group", SHARES)
+def test_every_group_has_plates_of_one_and_of_two_rows(group):
+    rows = {len(design.rows) for design in ALL if design.group == group}
+    assert 2 in rows
+    assert 1 in rows or group == "jp"
+
+
+def test_shares_cover_the_groups_of_the_alphabet():
+    assert set(SHARES) == set(alphabet.GROUPS) == {design.group for design in ALL}
+    assert sum(SHARES.values()) == pytest.approx(1)
+
+
+def test_ink_stays_in_the_text_box(fonts):
+    rng = Random(4)
+    for design in ALL:
+        size = (round(100 * design.aspect), 100)
+        ink = set_rows(design, write(design, rng)[0], size, fonts, rng).ink.getbbox()
+        box = [share * side for share, side in zip(design.text_box, size * 2, strict=True)]
+        assert ink[0] >= box[0] - 2 and ink[1] >= box[1] - 2, design
+        assert ink[2] <= box[2] + 2 and ink[3] <= box[3] + 2, design
+
+
+def test_a_seed_repeats_a_plate(fonts):
+    first, second = (draw_face(fonts, Random(9)) for _ in range(2))
+    other = draw_face(fonts, Random(10))
+    assert first.text == second.text != other.text
+    assert first.picture.tobytes() == second.picture.tobytes()
+
+
+def test_a_group_can_be_asked_for(fonts):
+    rng = Random(3)
+    assert {draw_face(fonts, rng, "kr").design.group for _ in range(10)} == {"kr"}
+
+
+def test_the_height_can_be_asked_for(fonts):
+    assert draw_face(fonts, Random(1), height=57).picture.height == 57
+
+
+def test_text_that_is_no_plate_is_refused():
+    with pytest.raises(ValueError):
+        alphabet.encode("ab-12")
+    with pytest.raises(ValueError):
+        alphabet.encode("A" * (alphabet.SLOTS + 1))
+
+
+def test_folding_joins_what_plates_draw_alike():
+    assert alphabet.folded("OI0A1") == "010A1"

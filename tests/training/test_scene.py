@@ -1,0 +1,108 @@
+"""Photographed plates: geometry, sizes, the straightened crop, the contact sheet."""
+
+import subprocess
+import sys
+from pathlib import Path
+from random import Random
+
+import numpy as np
+import pytest
+from PIL import Image
+
+from training.plates.design import Design
+from training.plates.face import Face
+from training.scene import crop, geometry
+from training.scene.light import weather
+from training.scene.mounting import mount
+from training.scene.vehicle import park
+
+_SQUARE = geometry.corners(0, 0, 10, 10)
+
+
+def test_a_homography_sends_the_corners_to_their_targets():
+    target = np.array([[1, 2], [30, 5], [28, 20], [3, 18]], float)
+    matrix = geometry.homography(_SQUARE, target)
+    assert geometry.project(matrix, _SQUARE) == pytest.approx(target)
+
+
+def test_no_tilt_changes_nothing_and_a_turn_narrows():
+    assert geometry.tilted(_SQUARE, (0, 0, 0), 3) == pytest.approx(_SQUARE)
+    turned = geometry.tilted(_SQUARE, (45, 0, 0), 1000)
+    assert np.ptp(turned[:, 0]) == pytest.approx(10 * np.cos(np.pi / 4), rel=0.01)
+    assert np.ptp(turned[:, 1]) == pytest.approx(10, rel=0.01)
+
+
+@pytest.mark.parametrize("seed", range(8))
+def test_the_plate_is_as_high_as_asked_and_wholly_on_the_picture(fonts, seed):
+    shot = crop.shoot(fonts, Random(seed), "eup", 24)
+    heights = np.hypot(*(shot.corners[[3, 2]] - shot.corners[[0, 1]]).T)
+    assert heights.mean() == pytest.approx(24, rel=0.01)
+    assert (shot.corners >= 0).all() and (shot.corners <= shot.picture.size).all()
+
+
+def _green_face() -> Face:
+    design = Design("eup", "xx", ("L",))
+    return Face(Image.new("RGB", (300, 70), (0, 255, 0)), "A", design)
+
+
+def test_straightening_finds_the_plate_again(monkeypatch, fonts):
+    monkeypatch.setattr(crop, "draw_face", lambda *_: _green_face())
+    monkeypatch.setattr(crop, "weather", lambda picture, _: picture)
+    shot = crop.shoot(fonts, Random(12), detail=40)
+    inner = np.asarray(crop.straighten(shot))[8:-8, 12:-12].astype(int)
+    greener = inner[..., 1] - inner[..., [0, 2]].max(axis=2)
+    assert (greener > 60).mean() > 0.9
+
+
+def test_a_mounted_plate_lies_in_its_box(fonts):
+    for seed in range(20):
+        scene, box = mount(_green_face(), fonts, Random(seed))
+        middle = scene.crop(box).getpixel(((box[2] - box[0]) // 2, (box[3] - box[1]) // 2))
+        assert middle == (0, 255, 0)
+
+
+def test_a_frame_leaves_the_characters_of_a_tall_plate_uncovered(fonts):
+    design = Design("jp", "jp", ("L/L",), aspect=2.0, box=(0.05, 0.07, 0.95, 0.95))
+    face = Face(Image.new("RGB", (200, 100), (0, 255, 0)), "A", design)
+    for seed in range(40):
+        scene, (left, top, right, bottom) = mount(face, fonts, Random(seed))
+        text = scene.crop((left + 30, top + 10, right - 30, bottom - 8))
+        assert text.getcolors() == [(text.width * text.height, (0, 255, 0))]
+
+
+def test_weather_keeps_the_shape_and_changes_the_light():
+    grey = np.full((20, 60, 3), 128, np.float32)
+    seen = [weather(grey, Random(seed)) for seed in range(30)]
+    assert all(picture.shape == grey.shape for picture in seen)
+    assert np.std([picture.mean() for picture in seen]) > 10
+
+
+def test_a_sample_is_what_the_reader_takes(fonts):
+    picture, text, group = crop.sample(fonts, Random(5))
+    assert picture.shape == (crop.HEIGHT, crop.WIDTH, 3) and picture.dtype == np.uint8
+    assert text and group
+    assert (crop.sample(fonts, Random(5))[0] == picture).all()
+
+
+def test_the_contact_sheet_shows_real_and_rendered_plates(font_folder, tmp_path):
+    (tmp_path / "us").mkdir()
+    Image.new("RGB", (200, 120), (200, 10, 10)).save(tmp_path / "us" / "a.jpg")
+    (tmp_path / "plates.csv").write_text("file,x,y,width,height,text\nus/a.jpg,50,40,80,40,A1\n")
+    sheet = tmp_path / "sheet.png"
+    subprocess.run(
+        [sys.executable, "-m", "training.contact_sheet", "--fonts", font_folder, "--photos",
+         tmp_path, "--set", "us", "--out", sheet],
+        cwd=Path(__file__).resolve().parents[2], check=True,
+    )  # fmt: skip
+    page = np.asarray(Image.open(sheet)).astype(int)
+    red = (page[..., 0] > 150) & (page[..., 1:].max(axis=2) < 60)
+    assert red.sum() > 5000
+
+
+def test_a_parked_plate_lies_in_its_box_inside_the_outline(fonts):
+    for seed in range(12):
+        car, outline, box = park(_green_face(), fonts, Random(seed))
+        assert car.size == outline.size
+        assert np.asarray(outline.crop(box)).min() == 255
+        inner = np.asarray(car.crop(box))[2:-2, 2:-2]
+        assert (inner == (0, 255, 0)).all()

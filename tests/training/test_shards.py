@@ -1,0 +1,50 @@
+"""Samples on disk: what is written is read, and rendering goes on where it stopped."""
+
+import io
+from random import Random
+
+import numpy as np
+import pytest
+from PIL import Image
+
+from training import alphabet, shards
+from training.scene.crop import HEIGHT, WIDTH, sample
+
+
+def test_a_sample_number_always_gives_the_same_plate(fonts):
+    first, again = (shards.render(7, fonts, seed=1) for _ in range(2))
+    assert first == again
+    assert shards.render(8, fonts, seed=1) != first != shards.render(7, fonts, seed=2)
+
+
+def test_a_shard_gives_back_its_samples(fonts, tmp_path):
+    samples = [shards.render(number, fonts, seed=1) for number in range(5)]
+    shards.write(tmp_path / "shard-0.npz", samples)
+    found = list(shards.read(tmp_path / "shard-0.npz"))
+    assert len(found) == 5
+    for (jpeg, classes, region), (picture, read_classes, read_region) in zip(
+        samples, found, strict=True
+    ):
+        assert picture.shape == (HEIGHT, WIDTH, 3)
+        assert (picture == np.asarray(Image.open(io.BytesIO(jpeg)))).all()
+        assert classes == list(read_classes) and region == read_region
+    assert [path.name for path in tmp_path.iterdir()] == ["shard-0.npz"]
+
+
+def test_the_stored_picture_is_the_rendered_one(fonts):
+    jpeg, classes, _ = shards.render(3, fonts, seed=1)
+    picture, text, _ = sample(fonts, Random("1:3"))
+    stored = np.asarray(Image.open(io.BytesIO(jpeg))).astype(int)
+    assert alphabet.decode(classes) == text
+    assert np.abs(stored - picture).mean() < 6
+
+
+def test_some_samples_are_no_plates(fonts):
+    texts = [sample(fonts, Random(seed))[1] for seed in range(120)]
+    assert 0 < texts.count("") < 20
+
+
+def test_a_folder_without_shards_is_named(tmp_path):
+    pytest.importorskip("torch")
+    with pytest.raises(FileNotFoundError, match="training.shards"):
+        next(shards.stored_batches(tmp_path, 4, seed=1, first=0))
