@@ -1,0 +1,1 @@
+"""What both trainings share: fresh samples, stopping and going on, the schedule, the loop."""

@@ -1,0 +1,1 @@
+"""Draws number plates of the world: patterns to text, text to glyphs, glyphs to a plate's face."""

@@ -1,0 +1,116 @@
+"""Sets rows of signs into a plate's text box: one mask of all ink, and where the seals are."""
+
+from dataclasses import dataclass
+from random import Random
+
+from PIL import Image, ImageDraw
+
+from .design import Design
+from .glyphs import CAP_HEIGHT, glyph
+from .text import Sign
+
+_WIDTHS = {"gap": 0.42, "dash": 0.42, "dot": 0.3, "seal": 0.62, "bar": 0.4}  # in row heights
+_WEIGHTS = (0, 0, 0, 1, 1, 2, 3, -1)  # pixels by which strokes are thicker in a glyph's mask
+
+
+@dataclass
+class Lettering:
+    """`ink` is as large as the plate; `seals` are boxes (left, top, right, bottom) in pixels."""
+
+    ink: Image.Image
+    seals: list[tuple[int, int, int, int]]
+
+
+@dataclass(frozen=True)
+class _Style:
+    latin: str
+    script: str
+    spacing: float
+    stretch: float  # largest width of a character, as a share of its own
+    weight: int
+
+
+def set_rows(
+    design: Design, rows: list[list[Sign]], size: tuple[int, int], fonts: dict, rng: Random
+) -> Lettering:
+    """Set the rows one below the other into the design's text box on a plate of `size` pixels."""
+    style = _Style(
+        rng.choice(fonts[design.fonts]),
+        rng.choice(fonts[design.script]),
+        rng.uniform(0.1, 0.26),
+        rng.choice((rng.uniform(0.8, 1.1), rng.uniform(1.0, 1.6))),
+        rng.choice(_WEIGHTS),
+    )
+    result = Lettering(Image.new("L", size), [])
+    left, top, right, bottom = (
+        share * length for share, length in zip(design.text_box, size * 2, strict=True)
+    )
+    gap = (bottom - top) * (1 - sum(design.rows)) / max(len(rows) - 1, 1)
+    if len(rows) > 1 and gap <= 0:
+        gap = 0.06 * (bottom - top)
+    usable = (bottom - top) - gap * (len(rows) - 1)
+    shares = design.rows if len(design.rows) == len(rows) else (1 / len(rows),) * len(rows)
+    for row, share in zip(rows, shares, strict=True):
+        height = usable * share / sum(shares)
+        _set_row(result, row, style, (left, top, right, top + height), rng)
+        top += height + gap
+    return result
+
+
+def _set_row(result: Lettering, row: list[Sign], style: _Style, box: tuple, rng: Random) -> None:
+    left, top, right, bottom = box
+    height = bottom - top
+    advances = [_advance(sign, style) * height for sign in row]
+    room = (right - left) / max(sum(advances), 1)
+    squeeze = min(style.stretch, room)
+    spread = min(room / squeeze, rng.uniform(1.0, 1.35))  # space between, where there is room
+    x = left + rng.choice((0.5, 0.5, rng.random())) * (room - squeeze * spread) * sum(advances)
+    for sign, advance in zip(row, advances, strict=True):
+        width, extra = squeeze * advance, squeeze * advance * (spread - 1) / 2
+        _set_sign(result, sign, style, (x + extra, top, x + extra + width, bottom), rng)
+        x += width + 2 * extra
+
+
+def _advance(sign: Sign, style: _Style) -> float:
+    if sign.kind != "char":
+        return _WIDTHS[sign.kind]
+    mask = glyph(_font_of(sign, style), sign.char, style.weight)
+    return sign.scale * (mask.width / CAP_HEIGHT + style.spacing)
+
+
+def _font_of(sign: Sign, style: _Style) -> str:
+    return style.latin if sign.char.isascii() else style.script
+
+
+def _set_sign(result: Lettering, sign: Sign, style: _Style, box: tuple, rng: Random) -> None:
+    left, top, right, bottom = box
+    height = bottom - top
+    if sign.kind == "char":
+        space = style.spacing * sign.scale * (right - left) / max(_advance(sign, style), 0.1)
+        _set_char(result, sign, style, (left + space / 2, top, right - space / 2, bottom))
+    elif sign.kind == "seal":
+        result.seals.append((round(left), round(top), round(right), round(bottom)))
+    elif sign.kind != "gap":
+        _set_stroke(ImageDraw.Draw(result.ink), sign.kind, box, height * rng.uniform(0.08, 0.14))
+
+
+def _set_char(result: Lettering, sign: Sign, style: _Style, box: tuple) -> None:
+    left, top, right, bottom = box
+    high = max(2, round((bottom - top) * sign.scale))
+    wide = max(1, round(right - left))
+    mask = glyph(_font_of(sign, style), sign.char, style.weight)
+    mask = mask.resize((wide, high), Image.Resampling.BOX)
+    y = round(top + ((bottom - top) - high) * (1.0 if sign.scale > 0.6 else 0.6))
+    result.ink.paste(255, (round(left), y), mask)
+
+
+def _set_stroke(draw: ImageDraw.ImageDraw, kind: str, box: tuple, thick: float) -> None:
+    left, top, right, bottom = box
+    x, y = (left + right) / 2, (top + bottom) / 2
+    half = (right - left) * 0.32
+    if kind == "dash":
+        draw.rectangle((x - half, y - thick / 2, x + half, y + thick / 2), fill=255)
+    elif kind == "dot":
+        draw.ellipse((x - thick * 0.7, y - thick * 0.7, x + thick * 0.7, y + thick * 0.7), fill=255)
+    else:
+        draw.line((x, top, x, bottom), fill=255, width=max(1, round(thick / 3)))

@@ -1,0 +1,74 @@
+"""Trains the reader on rendered plates.
+
+python -m training.reader.train --fonts FONTS --out runs/reader --minutes 9 --total-minutes 27
+"""
+
+import argparse
+import os
+from functools import partial
+from pathlib import Path
+from random import Random
+
+import torch
+from torch.nn import functional
+
+from ..alphabet import GROUPS, encode
+from ..fonts import catalogue
+from ..loop.replay import replayed
+from ..loop.samples import loader
+from ..loop.trainer import Settings, Trainer
+from ..scene.crop import sample
+from ..shards import stored_batches
+from .network import Reader
+from .shift import varied
+
+
+def tensors(fonts: dict, rng: Random) -> tuple[torch.Tensor, torch.Tensor, torch.Tensor]:
+    """Return picture, classes of the slots and region of a new sample (-1 where no plate is)."""
+    picture, text, group = sample(fonts, rng)
+    region = GROUPS.index(group) if group else -1
+    return torch.from_numpy(picture.copy()), torch.tensor(encode(text)), torch.tensor(region)
+
+
+def loss(network: torch.nn.Module, batch: tuple) -> dict[str, torch.Tensor]:
+    pictures, classes, regions = batch
+    characters, region = network(varied(pictures))
+    read = functional.cross_entropy(characters.flatten(0, 1).float(), classes.flatten())
+    known = functional.cross_entropy(region.float(), regions, ignore_index=-1)
+    exact = (characters.argmax(2) == classes).all(1).float().mean()
+    return {"loss": read + 0.05 * known, "read": read, "region": known, "exact": exact}
+
+
+def arguments() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--fonts", type=Path, required=True)
+    parser.add_argument("--shards", type=Path, help="pre-rendered samples; none: render now")
+    parser.add_argument("--out", type=Path, required=True)
+    parser.add_argument("--minutes", type=float, default=9)
+    parser.add_argument("--total-minutes", type=float, default=27)
+    parser.add_argument("--batch", type=int, default=256)
+    parser.add_argument("--rate", type=float, default=1e-3)
+    parser.add_argument("--size", type=int, default=128)
+    parser.add_argument("--workers", type=int, default=os.cpu_count())
+    parser.add_argument("--reuse", type=int, default=1, help="how often a rendered sample is used")
+    parser.add_argument("--seed", type=int, default=1)
+    return parser
+
+
+def main() -> None:
+    args = arguments().parse_args()
+    torch.manual_seed(args.seed)
+    plan = {"size": args.size, "batch": args.batch, "seed": args.seed}
+    settings = Settings(args.out, args.minutes, args.total_minutes, args.rate, plan)
+    trainer = Trainer(Reader(args.size), settings)
+    if args.shards:
+        fresh = stored_batches(args.shards, args.batch, args.seed, trainer.progress.samples)
+    else:
+        make = partial(tensors, catalogue(args.fonts))
+        first = trainer.progress.samples
+        fresh = loader(make, args.seed, first, args.batch, args.workers)
+    trainer.run(replayed(fresh, args.reuse, 48 * args.batch), loss)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,1 @@
+"""Puts drawn plates into the world as cameras see it: on cars, in light, through lenses."""

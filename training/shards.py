@@ -1,0 +1,109 @@
+"""Rendered samples on disk, for machines where cores are few and time is not.
+
+    python -m training.shards --fonts FONTS --out shards --samples 300000 --max-gb 4
+
+A shard holds 4096 samples as JPEG; written whole or not at all, so rendering can stop and go on.
+"""
+
+import argparse
+import io
+import os
+from collections.abc import Iterator
+from functools import partial
+from multiprocessing import Pool
+from pathlib import Path
+from random import Random
+
+import numpy as np
+from PIL import Image
+
+from .alphabet import GROUPS, encode
+from .fonts import catalogue
+from .scene.crop import sample
+
+SHARD = 4096  # samples
+_QUALITY = 93
+
+
+def render(number: int, fonts: dict, seed: int) -> tuple[bytes, list[int], int]:
+    """Return sample `number` as (JPEG, classes, region index or -1)."""
+    picture, text, group = sample(fonts, Random(f"{seed}:{number}"))
+    file = io.BytesIO()
+    Image.fromarray(picture).save(file, "JPEG", quality=_QUALITY, subsampling=0)
+    return file.getvalue(), encode(text), GROUPS.index(group) if group else -1
+
+
+def write(path: Path, samples: list[tuple[bytes, list[int], int]]) -> None:
+    """Write one shard."""
+    pictures, classes, regions = zip(*samples, strict=True)
+    draft = path.with_suffix(".part.npz")
+    np.savez(
+        draft,
+        pictures=np.frombuffer(b"".join(pictures), np.uint8),
+        ends=np.cumsum([len(p) for p in pictures]),
+        classes=np.array(classes, np.int64),
+        regions=np.array(regions, np.int64),
+    )
+    os.replace(draft, path)
+
+
+def read(path: Path) -> Iterator[tuple[np.ndarray, np.ndarray, int]]:
+    """Yield (uint8 H x W x 3, classes, region) of a shard."""
+    with np.load(path) as shard:
+        data, ends = shard["pictures"].tobytes(), shard["ends"]
+        classes, regions = shard["classes"], shard["regions"]
+    starts = np.concatenate([[0], ends[:-1]])
+    for i, (start, end) in enumerate(zip(starts, ends, strict=True)):
+        yield np.asarray(Image.open(io.BytesIO(data[start:end]))), classes[i], int(regions[i])
+
+
+def stored_batches(folder: Path, batch: int, seed: int, first: int) -> Iterator[tuple]:
+    """Yield tensors of the reader's training from shards, in a new order each round, endlessly.
+
+    `first` samples are passed over. Raises FileNotFoundError where no shard is.
+    """
+    import torch
+
+    files = sorted(folder.glob("shard-*.npz"))
+    if not files:
+        raise FileNotFoundError(f"{folder} holds no shards: run python -m training.shards")
+    position = first // SHARD
+    while True:
+        turn, place = divmod(position, len(files))
+        order = Random(f"{seed}:{turn}").sample(range(len(files)), len(files))
+        samples = list(read(files[order[place]]))
+        Random(position).shuffle(samples)
+        for start in range(0, len(samples) - batch + 1, batch):
+            pictures, classes, regions = zip(*samples[start : start + batch], strict=True)
+            yield (
+                torch.from_numpy(np.stack(pictures)),
+                torch.from_numpy(np.stack(classes)),
+                torch.tensor(regions),
+            )
+        position += 1
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--fonts", type=Path, required=True)
+    parser.add_argument("--out", type=Path, required=True)
+    parser.add_argument("--samples", type=int, default=300_000)
+    parser.add_argument("--max-gb", type=float, default=4)
+    parser.add_argument("--workers", type=int, default=os.cpu_count())
+    parser.add_argument("--seed", type=int, default=1)
+    args = parser.parse_args()
+    args.out.mkdir(parents=True, exist_ok=True)
+    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed)
+    with Pool(args.workers) as pool:
+        for shard in range(-(-args.samples // SHARD)):
+            path = args.out / f"shard-{shard:05}.npz"
+            if sum(f.stat().st_size for f in args.out.glob("*.npz")) > args.max_gb * 1e9:
+                break
+            if not path.exists():
+                numbers = range(shard * SHARD, (shard + 1) * SHARD)
+                write(path, pool.map(make, numbers, chunksize=64))
+                print(path, flush=True)
+
+
+if __name__ == "__main__":
+    main()
