@@ -7,20 +7,13 @@ import sys
 import time
 
 import pytest
+from processes import alive
 
 
 @pytest.fixture
 def car(zv):
     (zv.folder / "car.jpg").touch()
     return zv.folder / "car.jpg"
-
-
-def alive(pid: int) -> bool:
-    try:
-        with open(f"/proc/{pid}/stat") as stat:
-            return stat.read().rsplit(")", 1)[1].split()[0] != "Z"
-    except FileNotFoundError:
-        return False
 
 
 def wait_until(condition, seconds=20.0):

@@ -89,11 +89,3 @@ class User:
 
     def end_all(self) -> None:
         self.run("stop", "--all", "--force")
-
-
-def alive(pid: int) -> bool:
-    try:
-        os.kill(pid, 0)
-    except ProcessLookupError:
-        return False
-    return True

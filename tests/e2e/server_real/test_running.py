@@ -11,7 +11,8 @@ from pathlib import Path
 
 import pytest
 from held_engine import Hold
-from real_user import alive, free_port, wait_until
+from processes import alive
+from real_user import free_port, wait_until
 
 
 def test_a_life_from_start_to_stop(user):
