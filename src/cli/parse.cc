@@ -22,13 +22,19 @@ class Parser {
       }
       finish();
     } catch (const Problem& problem) {
-      return UsageError{path_, problem.message};
+      note(problem.message);
     }
+    if (first_error_) return *first_error_;
     return Parsed{std::move(args_), path_.size() > 1 ? path_[1] : nullptr};
   }
 
  private:
   using Wanted = std::optional<Outcome>;
+
+  // What is unknown ends nothing, as help may be asked for behind it. The first error is told.
+  void note(const std::string& message) {
+    if (!first_error_) first_error_ = UsageError{path_, message};
+  }
 
   const Command& command() const { return *path_.back(); }
 
@@ -70,7 +76,7 @@ class Parser {
     const auto equals = word.find('=');
     const std::string name = word.substr(0, equals);
     const auto candidates = long_candidates(command(), path_.size() == 1, name);
-    if (candidates.empty()) unknown_option(word);
+    if (candidates.empty()) return unknown_option(word);
     if (candidates.size() > 1 && !same_option(candidates)) ambiguous(name, candidates);
     const bool has_value = equals != std::string::npos;
     const Candidate& found = candidates.front();
@@ -84,19 +90,23 @@ class Parser {
 
   // "-d", "-df", "-n5", "-n=5", "-n 5"
   Wanted short_options(const std::string& word) {
+    Wanted wanted;
     for (std::size_t i = 1; i < word.size(); ++i) {
-      if (word[i] == 'h') return HelpWanted{path_};
+      if (word[i] == 'h') {
+        wanted = HelpWanted{path_};
+        continue;
+      }
       const Option* found = short_option(command(), word[i]);
-      if (!found) unknown_option(word);
+      if (!found) return unknown_option(word);
       if (found->kind != Kind::flag) {
         const std::string rest = word.substr(i + 1);
         take(*found, rest.empty() ? std::nullopt
                                   : std::optional(rest.starts_with('=') ? rest.substr(1) : rest));
-        return {};
+        return wanted;
       }
       set_flag(word, found);
     }
-    return {};
+    return wanted;
   }
 
   Wanted set_flag(const std::string& name, const Option* option) {
@@ -134,7 +144,7 @@ class Parser {
   void positional(const std::string& word) {
     const auto positionals = positionals_of(command());
     if (next_positional_ >= positionals.size()) {
-      throw Problem{"unrecognized arguments: " + word};
+      return note("unrecognized arguments: " + word);
     }
     const Option& option = *positionals[next_positional_];
     if (option.kind != Kind::list) {
@@ -170,13 +180,13 @@ class Parser {
     return true;
   }
 
-  [[noreturn]] void unknown_option(const std::string& word) const {
+  Wanted unknown_option(const std::string& word) {
     std::vector<std::string> names;
     for (const Candidate& candidate : long_candidates(command(), path_.size() == 1, "--")) {
       names.push_back(candidate.name);
     }
-    throw Problem{"unrecognized arguments: " + word +
-                  suggestion(word.substr(0, word.find('=')), names)};
+    note("unrecognized arguments: " + word + suggestion(word.substr(0, word.find('=')), names));
+    return {};
   }
 
   [[noreturn]] static void ambiguous(const std::string& name,
@@ -194,6 +204,7 @@ class Parser {
   std::size_t at_ = 0;
   CommandPath path_;
   Args args_;
+  std::optional<UsageError> first_error_;
   std::size_t next_positional_ = 0;
   bool only_positionals_ = false;
 };

@@ -76,6 +76,32 @@ def test_misuse_is_one_sentence_after_the_usage_and_status_2(zv, words, sentence
 
 
 @pytest.mark.parametrize(
+    "words, page",
+    [
+        (["version", "extra", "-h"], "version"),
+        (["read", "--bogus", "--help"], "read"),
+        (["server", "stop", "-fh"], "server stop"),
+        (["server", "stop", "-hf"], "server stop"),
+        (["server", "logs", "extra", "--bogus", "-h", "-n", "x"], "server logs"),
+    ],
+)
+def test_help_is_given_whatever_unknown_word_stands_before_it(zv, words, page):
+    status, out, err = zv(*words)
+    assert (status, err) == (0, "")
+    assert out.startswith(f"usage: zelvoran-anpr {page} [-h]")
+
+
+def test_the_first_unknown_word_is_the_one_that_is_told(zv):
+    last_line = zv("server", "--bogus", "logs", "extra", "-n", "x").err.splitlines()[-1]
+    assert last_line.startswith("zelvoran-anpr server: error: unrecognized arguments: --bogus")
+
+
+@pytest.mark.parametrize("word", ["-hx", "-help", "-h=1"])
+def test_letters_that_are_no_options_are_refused_after_h_too(zv, word):
+    assert (zv("read", word).status, zv("read", word).out) == (2, "")
+
+
+@pytest.mark.parametrize(
     "words, suggested",
     [
         (["servr"], "did you mean 'server'?"),
