@@ -46,4 +46,15 @@ void write_file(const std::filesystem::path& path, const std::string& data) {
   if (std::fclose(file.release()) != 0) throw failure(path);
 }
 
+std::filesystem::path resolved(const std::filesystem::path& path) {
+  namespace fs = std::filesystem;
+  constexpr int MOST_LINKS = 40;  // as systems have it; "a -> gone/../a" leads to itself for ever
+  fs::path target = fs::weakly_canonical(fs::absolute(path));
+  for (int links = 0; fs::is_symlink(fs::symlink_status(target)); ++links) {  // to nothing yet
+    if (links == MOST_LINKS) throw Error(os_error_text(ELOOP, path.string()));
+    target = fs::weakly_canonical(target.parent_path() / fs::read_symlink(target));
+  }
+  return target;
+}
+
 }  // namespace zv

@@ -36,15 +36,16 @@ std::string escaped(std::uint32_t point) {
       break;
   }
   if (point >= 0x20 && point < 0x7F) return std::string(1, static_cast<char>(point));
-  if (point == 0x7F) return "\x7f";
   if (point <= 0xFFFF) return unit_escape(point);
   const std::uint32_t rest = point - 0x10000;
   return unit_escape(0xD800 + (rest >> 10U)) + unit_escape(0xDC00 + (rest & 0x3FFU));
 }
 
-std::string text_json(std::string_view text) {
+using Next = std::uint32_t (*)(std::string_view text, std::size_t& position);
+
+std::string text_json(std::string_view text, Next next) {
   std::string result = "\"";
-  for (std::size_t at = 0; at < text.size();) result += escaped(next_code_point(text, at));
+  for (std::size_t at = 0; at < text.size();) result += escaped(next(text, at));
   return result + '"';
 }
 
@@ -57,14 +58,14 @@ std::string real_json(double number) {
 // Writes containers either on one line (indent 0) or with `indent` blanks per level.
 class Writer {
  public:
-  explicit Writer(std::size_t indent) : indent_(indent) {}
+  Writer(std::size_t indent, Next next) : indent_(indent), next_(next) {}
 
   void write(const Value& value, std::size_t level) {
     if (const auto* list = value.as<List>()) {
       container('[', ']', *list, level, [&](const Value& item) { write(item, level + 1); });
     } else if (const auto* map = value.as<Map>()) {
       container('{', '}', map->entries(), level, [&](const auto& entry) {
-        text += text_json(entry.first) + ": ";
+        text += text_json(entry.first, next_) + ": ";
         write(entry.second, level + 1);
       });
     } else {
@@ -75,11 +76,11 @@ class Writer {
   std::string text;
 
  private:
-  static std::string scalar(const Value& value) {
+  std::string scalar(const Value& value) const {
     if (value.is_null()) return "null";
     if (const auto* flag = value.as<bool>()) return *flag ? "true" : "false";
     if (const auto* number = value.as<double>()) return real_json(*number);
-    if (const auto* string = value.as<std::string>()) return text_json(*string);
+    if (const auto* string = value.as<std::string>()) return text_json(*string, next_);
     if (const auto* reference = value.as<Reference>()) {
       return "{\"$ref\": " + std::to_string(reference->id) + "}";
     }
@@ -106,10 +107,11 @@ class Writer {
   }
 
   std::size_t indent_;
+  Next next_;
 };
 
-std::string written(const Value& value, std::size_t indent) {
-  Writer writer(indent);
+std::string written(const Value& value, std::size_t indent, Next next) {
+  Writer writer(indent, next);
   writer.write(value, 0);
   return std::move(writer.text);
 }
@@ -117,11 +119,11 @@ std::string written(const Value& value, std::size_t indent) {
 }  // namespace
 
 std::string json_line(const Value& value) {
-  return written(value, 0);
+  return written(value, 0, next_code_point);
 }
 
 std::string json_indented(const Value& value) {
-  return written(value, 2);
+  return written(value, 2, next_code_point_or_half);
 }
 
 }  // namespace zv

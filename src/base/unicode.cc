@@ -7,7 +7,9 @@
 namespace zv {
 namespace {
 
+constexpr std::uint32_t SURROGATES = 0xD800;
 constexpr std::uint32_t UNDECODABLE = 0xDC00;
+constexpr std::uint32_t AFTER_SURROGATES = 0xE000;
 
 unsigned char byte_at(std::string_view text, std::size_t position) {
   return static_cast<unsigned char>(text[position]);
@@ -34,13 +36,13 @@ bool white_space(std::uint32_t point) {
          std::find(WIDE.begin(), WIDE.end(), point) != WIDE.end();
 }
 
-template <class Replace>
-std::string with_invalid(std::string_view text, Replace replace) {
+template <class Next, class Replace>
+std::string with_invalid(std::string_view text, Next next, Replace replace) {
   std::string result;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t start = at;
-    const std::uint32_t point = next_code_point(text, at);
-    if (point >= UNDECODABLE && point < 0xE000) {
+    const std::uint32_t point = next(text, at);
+    if (point >= SURROGATES && point < AFTER_SURROGATES) {
       replace(result, point);
     } else {
       result.append(text.substr(start, at - start));
@@ -67,6 +69,15 @@ std::uint32_t next_code_point(std::string_view text, std::size_t& position) {
   return point;
 }
 
+std::uint32_t next_code_point_or_half(std::string_view text, std::size_t& position) {
+  const std::string_view bytes = text.substr(position, 3);
+  const bool half = bytes.size() == 3 && bytes[0] == '\xED' &&
+                    (byte_at(bytes, 1) & 0xE0U) == 0xA0 && (byte_at(bytes, 2) & 0xC0U) == 0x80;
+  if (!half) return next_code_point(text, position);
+  position += 3;
+  return 0xD000U | (byte_at(bytes, 1) & 0x3FU) << 6U | (byte_at(bytes, 2) & 0x3FU);
+}
+
 void append_code_point(std::string& text, std::uint32_t point) {
   const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
   const auto follow = [&put](std::uint32_t bits) { put(0x80U | (bits & 0x3FU)); };
@@ -90,7 +101,7 @@ void append_code_point(std::string& text, std::uint32_t point) {
 bool valid_utf8(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::uint32_t point = next_code_point(text, at);
-    if (point >= UNDECODABLE && point < 0xE000) return false;
+    if (point >= UNDECODABLE && point < AFTER_SURROGATES) return false;
   }
   return true;
 }
@@ -147,11 +158,12 @@ std::string ascii_upper(std::string_view text) {
 }
 
 std::string replace_invalid(std::string_view text) {
-  return with_invalid(text, [](std::string& to, std::uint32_t) { append_code_point(to, 0xFFFD); });
+  return with_invalid(text, next_code_point,
+                      [](std::string& to, std::uint32_t) { append_code_point(to, 0xFFFD); });
 }
 
 std::string escape_invalid(std::string_view text) {
-  return with_invalid(text, [](std::string& to, std::uint32_t point) {
+  return with_invalid(text, next_code_point_or_half, [](std::string& to, std::uint32_t point) {
     std::array<char, 8> escape{};
     std::snprintf(escape.data(), escape.size(), "\\u%04x", point & 0xFFFFU);
     to += escape.data();

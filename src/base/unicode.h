@@ -11,6 +11,9 @@ namespace zv {
 // Reads the code point at `position` and moves past it. A byte that begins no valid sequence is
 // answered as 0xDC00 + byte, the usual stand-in of undecodable bytes.
 std::uint32_t next_code_point(std::string_view text, std::size_t& position);
+// The same, but the three bytes that half a surrogate pair would have are answered as that half:
+// texts of Python can hold one. Not for file names, whose bytes have to survive.
+std::uint32_t next_code_point_or_half(std::string_view text, std::size_t& position);
 void append_code_point(std::string& text, std::uint32_t code_point);
 bool valid_utf8(std::string_view text);
 
@@ -26,7 +29,8 @@ std::string ascii_lower(std::string_view text);
 std::string ascii_upper(std::string_view text);
 // Bytes that are no UTF-8 become U+FFFD; for texts of other programs.
 std::string replace_invalid(std::string_view text);
-// Bytes that are no UTF-8 become "\udcXX", as they stand in JSON texts; for output streams.
+// Bytes that are no UTF-8 become "\udcXX", and halves of surrogate pairs "\udXXX", as they stand in
+// JSON texts; for output streams.
 std::string escape_invalid(std::string_view text);
 
 }  // namespace zv

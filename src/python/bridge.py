@@ -69,9 +69,10 @@ def answer(host, line):
         reply = {"interrupted": True}
     except SystemExit as request_to_end:
         code = request_to_end.code
-        if isinstance(code, str):
+        number = isinstance(code, int)
+        if not number and code is not None:
             print(code, file=sys.stderr)
-        reply = {"exit": code if isinstance(code, int) else int(code is not None)}
+        reply = {"exit": int(code) if number else int(code is not None)}
     except BaseException as error:
         reply = {"error": failure(error)}
     host.busy = False
@@ -117,8 +118,6 @@ def encode(value):
         return encode(value.tolist())
     if isinstance(value, os.PathLike):
         return encode(os.fspath(value))
-    if isinstance(value, bytes):
-        return {"$bytes": value.hex()}
     texts = type(value).__name__, str(value), repr(value)
     return {"$opaque": [encode_text(text) for text in texts]}
 
@@ -128,10 +127,12 @@ def encode_text(text):
         text.encode("utf-8")
         return text
     except UnicodeEncodeError:  # a file name that is no UTF-8, or half a surrogate pair
-        try:
-            return {"$bytes": text.encode("utf-8", "surrogateescape").hex()}
-        except UnicodeEncodeError:
-            return {"$bytes": text.encode("utf-8", "surrogatepass").hex()}
+        return {"$bytes": b"".join(map(encode_character, text)).hex()}
+
+
+def encode_character(character):
+    stands_for_a_byte = "\udc80" <= character <= "\udcff"
+    return character.encode("utf-8", "surrogateescape" if stands_for_a_byte else "surrogatepass")
 
 
 def failure(error):

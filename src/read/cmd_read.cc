@@ -83,7 +83,7 @@ class Reading {
 
   void export_json(const std::string& json) {
     try {
-      const fs::path target = fs::weakly_canonical(fs::absolute(json));
+      const fs::path target = resolved(json);
       write_file(target, json_indented(plates_));
       out_ << "\nResults saved to: " << target.string() << "\n";
     } catch (const std::exception&) {

@@ -237,6 +237,16 @@ def test_an_engine_that_ends_the_process_passes_its_status_on(zv, car):
     assert zv("car.jpg").status == 7
 
 
+@pytest.mark.parametrize(
+    "code, status, told",
+    [("None", 0, ""), ("False", 0, ""), ("True", 1, ""), ("'bye'", 1, "bye\n"),
+     ("(1, 2)", 1, "(1, 2)\n")],
+)  # fmt: skip
+def test_an_engine_may_end_the_process_with_what_is_no_number(zv, car, code, status, told):
+    zv.script(f"import sys\ndef answer(path):\n    sys.exit({code})\n")
+    assert (zv("car.jpg").status, zv("car.jpg").err) == (status, told)
+
+
 def test_ctrl_c_from_the_terminal_cancels(zv, car):
     zv.script(HANG.format(hang="time.sleep(60)"))
     process = zv.popen("car.jpg", start_new_session=True)

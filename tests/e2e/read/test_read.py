@@ -229,6 +229,46 @@ def test_a_file_name_that_is_no_utf8_reaches_the_engine_whole(zv):
     assert os.fsencode(zv.calls()[-1][1][0]) == path
 
 
+@pytest.mark.parametrize(
+    "text", ["\\ud83d", "A\\udc00B\\ud83d\\udc80", "\\udc80", "DEL\\x7f", "\\x00\\x1f\\x80\\u2028"]
+)
+def test_texts_that_are_hardly_texts_are_escaped_as_they_are(zv, car, text):
+    """Halves of surrogate pairs, undecodable bytes and controls, alone and mixed."""
+    answering(zv, f"[{{'ocr': '{text}', 'ocr_conf': 1}}]")
+    zv("car.jpg", "--json", "r.json")
+    plain = text.encode().decode("unicode_escape")
+    assert f'"ocr_text": {json.dumps(plain)},\n' in (zv.folder / "r.json").read_text("ascii")
+
+
+def test_half_a_surrogate_pair_is_printed_as_one_escape(zv, car):
+    zv.script("def answer(path):\n    raise ValueError('no \\ud83d here')\n")
+    assert "car.jpg: Error: no \\ud83d here\n" in zv("car.jpg").out
+
+
+def test_bytes_of_the_engine_are_no_text(zv, car):
+    answering(zv, "[{'ocr': b'AB', 'ocr_conf': 1}]")
+    out = zv("car.jpg", "--json", "r.json").out
+    assert "car.jpg: 1 plates: b'AB' (1.00)\n" in out
+    assert "\nError: Failed to save JSON results\n" in out
+
+
+def test_json_through_a_link_names_the_file_that_is_written(zv, car):
+    (zv.folder / "link.json").symlink_to("chain.json")
+    (zv.folder / "chain.json").symlink_to("there.json")
+    for _ in range(2):  # the file is created, and then there
+        out = zv("car.jpg", "--json", "link.json").out
+        assert f"\nResults saved to: {zv.folder / 'there.json'}\n" in out
+        assert (zv.folder / "there.json").read_text() == "[]"
+
+
+def test_json_through_links_without_an_end_is_told(zv, car):
+    (zv.folder / "a.json").symlink_to("b.json")
+    (zv.folder / "b.json").symlink_to("a.json")
+    (zv.folder / "c.json").symlink_to("gone/../c.json")
+    for name in ["a.json", "c.json"]:
+        assert "\nError: Failed to save JSON results\n" in zv("car.jpg", "--json", name).out
+
+
 def test_json_that_cannot_be_written_is_told_and_the_total_still_printed(zv, car):
     out = zv("car.jpg", "--json", "no/such/folder/r.json").out
     assert out.endswith("\nError: Failed to save JSON results\n\nTotal: 0 plates from 1 images\n")

@@ -41,7 +41,7 @@ TEST(ParseJson, RefusesBottomlessNesting) {
 TEST(JsonLine, SeparatesWithBlanksAndEscapesToAscii) {
   EXPECT_EQ(json_line(Map{{"region", "größe"}, {"n", List{1, 2.0, true, nullptr}}}),
             R"({"region": "gr\u00f6\u00dfe", "n": [1, 2.0, true, null]})");
-  EXPECT_EQ(json_line("😀\"\\\n\x01\x7f"), "\"\\ud83d\\ude00\\\"\\\\\\n\\u0001\x7f\"");
+  EXPECT_EQ(json_line("😀\"\\\n\x01\x7f"), "\"\\ud83d\\ude00\\\"\\\\\\n\\u0001\\u007f\"");
 }
 
 TEST(JsonLine, WritesNumbersThatJsonHasNoWordFor) {
@@ -51,10 +51,15 @@ TEST(JsonLine, WritesNumbersThatJsonHasNoWordFor) {
 
 TEST(JsonLine, KeepsBytesThatAreNoText) {
   EXPECT_EQ(json_line("caf\xe9"), "\"caf\\udce9\"");
+  EXPECT_EQ(json_line("\xed\xa0\xbd"), "\"\\udced\\udca0\\udcbd\"");
 }
 
 TEST(JsonLine, RefusesWhatItCannotWrite) {
   EXPECT_THROW(json_line(Opaque{"Decimal", "1", "Decimal('1')"}), JsonError);
+}
+
+TEST(JsonIndented, KeepsHalvesOfSurrogatePairs) {
+  EXPECT_EQ(json_indented("\xed\xa0\xbd caf\xe9 \xed"), "\"\\ud83d caf\\udce9 \\udced\"");
 }
 
 TEST(JsonIndented, PutsEveryElementOnALine) {

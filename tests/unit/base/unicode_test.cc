@@ -21,7 +21,15 @@ TEST(ValidUtf8, RefusesWhatIsNoCodePoint) {
 
 TEST(InvalidBytes, AreReplacedOrEscapedOneByOne) {
   EXPECT_EQ(replace_invalid("a\xff\xfe京"), "a\uFFFD\uFFFD京");
+  EXPECT_EQ(replace_invalid("\xed\xa0\x80"), "\uFFFD\uFFFD\uFFFD");
   EXPECT_EQ(escape_invalid("caf\xe9.jpg"), "caf\\udce9.jpg");
+}
+
+TEST(HalvesOfSurrogatePairs, AreEscapedWhole) {
+  EXPECT_EQ(escape_invalid("\xed\xa0\x80|\xed\xaf\xbf|\xed\xb0\x80|\xed\xbf\xbf"),
+            "\\ud800|\\udbff|\\udc00|\\udfff");
+  EXPECT_EQ(escape_invalid("\xed\xa0"), "\\udced\\udca0");
+  EXPECT_EQ(escape_invalid("\xed\x9f\xbf"), "\xed\x9f\xbf");
 }
 
 TEST(AppendCodePoint, WritesEveryLength) {
