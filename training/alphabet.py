@@ -31,7 +31,7 @@ JP_PLACES = (
 )  # fmt: skip
 
 GROUPS = ("eup", "na", "sa", "kr", "cn", "jp")  # sa: Brazil, Mercosur and their neighbours
-SLOTS = 14  # characters of the longest text, a Japanese one, and two to spare
+LONGEST = 14  # characters of the longest text, a Japanese one, and two to spare
 
 
 def _distinct(*parts: str) -> str:
@@ -39,21 +39,21 @@ def _distinct(*parts: str) -> str:
 
 
 CHARACTERS = _distinct(LATIN, CN_PROVINCES, CN_SPECIAL, KR_PRIVATE, *KR_PLACES, JP_KANA, *JP_PLACES)
-EMPTY = 0  # class of an unused slot; CHARACTERS[i] is class i + 1
+GAP = 0  # class between characters and behind them; CHARACTERS[i] is class i + 1
 CLASSES = len(CHARACTERS) + 1
 _INDEX = {character: i + 1 for i, character in enumerate(CHARACTERS)}
 
 
 def encode(text: str) -> list[int]:
-    """Return SLOTS class numbers; raises ValueError for a text that is no plate's."""
-    if len(text) > SLOTS or any(c not in _INDEX for c in text):
+    """Return LONGEST class numbers, GAP behind the text; ValueError for a text of no plate."""
+    if len(text) > LONGEST or any(c not in _INDEX for c in text):
         raise ValueError(f"{text!r} has characters or a length that no plate has")
-    return [_INDEX[c] for c in text] + [EMPTY] * (SLOTS - len(text))
+    return [_INDEX[c] for c in text] + [GAP] * (LONGEST - len(text))
 
 
 def decode(classes: list[int]) -> str:
-    """Return the text of class numbers; empty slots are left out."""
-    return "".join(CHARACTERS[i - 1] for i in classes if i != EMPTY)
+    """Return the text of class numbers; gaps are left out."""
+    return "".join(CHARACTERS[i - 1] for i in classes if i != GAP)
 
 
 def folded(text: str) -> str:

@@ -4,7 +4,7 @@ import numpy as np
 import pytest
 
 from training import alphabet
-from training.reader.calibrate import calibration_error, fitted_temperature, least_certain
+from training.reader.calibrate import calibration_error, confidences, fitted_temperature
 from training.reader.evaluate import scores
 from training.reader.labelled import Labelled, real
 from training.reader.predict import Reading, reading
@@ -13,23 +13,32 @@ from training.scene.crop import HEIGHT, WIDTH
 _NOTHING = np.zeros((1, 1, 3), np.uint8)
 
 
-def _probabilities(text: str, sure: list[float]) -> np.ndarray:
-    table = np.zeros((alphabet.SLOTS, alphabet.CLASSES))
-    for slot, one in enumerate(alphabet.encode(text)):
-        value = sure[slot] if slot < len(sure) else 1.0
-        table[slot, one], table[slot, one - 1] = value, 1 - value
+def _cells(line: str, sure: float = 1.0) -> np.ndarray:
+    """Return probabilities of a line of cells, "_" being a gap; each cell is `sure`."""
+    classes = [0 if c == "_" else alphabet.CHARACTERS.index(c) + 1 for c in line]
+    table = np.zeros((len(line), alphabet.CLASSES))
+    table[range(len(line)), classes] = sure
+    table[:, -1] = 1 - sure
     return table
 
 
-def test_a_reading_is_as_sure_as_its_least_certain_slot():
-    found = reading(_probabilities("AB12", [0.99, 0.8, 0.95, 0.9]), np.array([0, 1, 0, 0, 0, 0]))
-    assert found == Reading("AB12", pytest.approx(0.8), "na")
+@pytest.mark.parametrize(
+    "line, text",
+    [("_AAB_12__", "AB12"), ("A_A", "AA"), ("AAAA", "A"), ("1_1__1", "111"), ("____", "")],
+)
+def test_equal_neighbours_are_one_character(line, text):
+    assert reading(_cells(line), np.eye(6)[1]).text == text
 
 
-def test_the_end_of_the_text_counts_but_not_what_follows():
-    unsure_end = reading(_probabilities("AB", [1, 1, 0.6]), np.eye(6)[0])
-    unsure_after = reading(_probabilities("AB", [1, 1, 1, 0.6]), np.eye(6)[0])
-    assert (unsure_end.confidence, unsure_after.confidence) == (0.6, 1.0)
+def test_a_reading_is_as_sure_as_its_least_certain_character():
+    cells = np.concatenate(
+        [_cells("_A", 0.9), _cells("BB", 0.6), _cells("B_", 0.8), _cells("_", 0.5)]
+    )
+    assert reading(cells, np.eye(6)[1]) == Reading("AB", pytest.approx(0.8), "na")
+
+
+def test_no_text_is_as_sure_as_the_least_certain_gap():
+    assert reading(np.concatenate([_cells("__"), _cells("_", 0.7)]), np.eye(6)[0]).confidence == 0.7
 
 
 def test_calibration_error_is_the_gap_between_promise_and_result():
@@ -42,11 +51,11 @@ def test_the_fitted_temperature_cools_a_boaster():
     rng = np.random.default_rng(1)
     logits = np.zeros((400, 2, alphabet.CLASSES))
     logits[:, 0, 5] = 12
-    logits[:, 1, alphabet.EMPTY] = 30
+    logits[:, 1, alphabet.GAP] = 30
     right = rng.random(400) < 0.9
     warmth = fitted_temperature(logits, right)
-    before = calibration_error(least_certain(logits, 1.0), right)
-    after = calibration_error(least_certain(logits, warmth), right)
+    before = calibration_error(confidences(logits, 1.0), right)
+    after = calibration_error(confidences(logits, warmth), right)
     assert warmth > 1.1 and after < 0.05 < before
 
 

@@ -16,7 +16,7 @@ def test_every_design_writes_texts_of_the_alphabet(seed):
     rng = Random(seed)
     for design in ALL:
         text = write(design, rng)[1]
-        assert 3 <= len(text) <= alphabet.SLOTS
+        assert 3 <= len(text) <= alphabet.LONGEST
         assert alphabet.decode(alphabet.encode(text)) == text
 
 
@@ -67,7 +67,7 @@ def test_text_that_is_no_plate_is_refused():
     with pytest.raises(ValueError):
         alphabet.encode("ab-12")
     with pytest.raises(ValueError):
-        alphabet.encode("A" * (alphabet.SLOTS + 1))
+        alphabet.encode("A" * (alphabet.LONGEST + 1))
 
 
 def test_folding_joins_what_plates_draw_alike():

@@ -10,10 +10,10 @@ from pathlib import Path
 
 import numpy as np
 
-from ..alphabet import EMPTY, folded
+from ..alphabet import folded
 from ..fonts import catalogue
 from .labelled import Labelled, real, rendered
-from .predict import reading
+from .predict import collapsed, least_certain, reading
 
 _BINS = 10
 
@@ -28,19 +28,18 @@ def calibration_error(confidence: np.ndarray, right: np.ndarray) -> float:
     return float(sum(gaps) / max(len(confidence), 1))
 
 
-def least_certain(logits: np.ndarray, temperature: float) -> np.ndarray:
-    """Return per plate the confidence of its least certain slot; logits are N x SLOTS x CLASSES."""
+def confidences(logits: np.ndarray, temperature: float) -> np.ndarray:
+    """Return per plate the confidence of its least certain character; N x CELLS x CLASSES."""
     scaled = logits / temperature
-    scaled = scaled - scaled.max(axis=2, keepdims=True)
-    top = 1 / np.exp(scaled).sum(axis=2)
-    used = np.cumsum(logits.argmax(axis=2) == EMPTY, axis=1) <= 1
-    return np.where(used, top, 1.0).min(axis=1)
+    scaled = np.exp(scaled - scaled.max(axis=2, keepdims=True))
+    scaled /= scaled.sum(axis=2, keepdims=True)
+    return np.array([least_certain(cells, collapsed(cells)) for cells in scaled])
 
 
 def fitted_temperature(logits: np.ndarray, right: np.ndarray) -> float:
     """Return the temperature from 0.5 to 4 with the smallest calibration error."""
     tried = np.geomspace(0.5, 4, 60)
-    errors = [calibration_error(least_certain(logits, t), right) for t in tried]
+    errors = [calibration_error(confidences(logits, t), right) for t in tried]
     return float(tried[int(np.argmin(errors))])
 
 
@@ -74,7 +73,7 @@ def main() -> None:
     right = exact(logits, plates)
     temperature = fitted_temperature(logits, right)
     for name, value in (("as trained", 1.0), ("calibrated", temperature)):
-        error = calibration_error(least_certain(logits, value), right)
+        error = calibration_error(confidences(logits, value), right)
         print(f"{name}: temperature {value:.3f}, calibration error {error:.4f}")
     (args.run / "temperature.txt").write_text(f"{temperature:.4f}\n")
 

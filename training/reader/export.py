@@ -2,7 +2,7 @@
 
     python -m training.reader.export --run runs/reader --fonts FONTS --out models
 
-Input "picture": N x 64 x 192 x 3 uint8 RGB. Outputs "characters": N x SLOTS x CLASSES, "region":
+Input "picture": N x 64 x 192 x 3 uint8 RGB. Outputs "characters": N x CELLS x CLASSES, "region":
 N x regions, both probabilities; the alphabet and the regions are in the model's metadata.
 """
 

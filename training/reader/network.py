@@ -1,47 +1,52 @@
-"""The reader's network: convolutions, two layers of attention, one query per character slot.
+"""The reader's network: convolutions, one layer of attention, a line of characters to be collapsed.
 
-Input: N x HEIGHT x WIDTH x 3, RGB, uint8. Every slot looks at the whole picture, so a plate of two
-rows needs no special way.
+Input: N x HEIGHT x WIDTH x 3, RGB, uint8. The last map has ROWS x COLUMNS cells; read row after
+row they make one sequence, in which equal neighbours are one character and class 0 is the gap
+(connectionist temporal classification, Graves et al. 2006). So a plate of two rows needs no
+special way, and no cell must count the characters before it.
 """
 
 import torch
 from torch import nn
 
-from ..alphabet import CLASSES, GROUPS, SLOTS
-from ..scene.crop import HEIGHT, WIDTH
+from ..alphabet import CLASSES, GROUPS
 
-_STRIDE = 8
-_CELLS = (HEIGHT // _STRIDE) * (WIDTH // _STRIDE)
+ROWS, COLUMNS = 2, 24
+CELLS = ROWS * COLUMNS  # steps of the sequence
 
 
 class Reader(nn.Module):
-    """`size`: channels where attention begins; 128 makes a file of 3.7 MB, 96 one of 2.2 MB."""
+    """`size`: channels where attention begins; 128 makes a file of 4.9 MB."""
 
     def __init__(self, size: int = 128):
         super().__init__()
-        a, b, c = size // 4, 3 * size // 8, 3 * size // 4
+        a, b, c = size // 4, size // 2, 3 * size // 4
         self.backbone = nn.Sequential(
             _convolution(3, a, 2), _convolution(a, b, 2), _Residual(b),
-            _convolution(b, c, 2), _Residual(c), _Residual(c), nn.Conv2d(c, size, 1),
+            _convolution(b, c, 2), _Residual(c), _Residual(c),
+            _convolution(c, size, (2, 1)), _Residual(size), _convolution(size, size, (2, 1)),
         )  # fmt: skip
-        self.places = nn.Parameter(torch.randn(1, _CELLS, size) * 0.02)
-        self.layers = nn.ModuleList([_Layer(size), _Layer(size)])
-        self.slots = nn.Parameter(torch.randn(1, SLOTS + 1, size) * 0.5)
+        self.places = nn.Parameter(torch.randn(1, CELLS, size) * 0.02)
         self.look = _Layer(size)
+        self.norm = nn.LayerNorm(size)
         self.characters = nn.Linear(size, CLASSES)
         self.region = nn.Linear(size, len(GROUPS))
 
     def forward(self, picture: torch.Tensor) -> tuple[torch.Tensor, torch.Tensor]:
-        """Return logits: N x SLOTS x CLASSES and N x regions."""
-        x = (picture.permute(0, 3, 1, 2).float() - 127.5) / 64
-        x = self.backbone(x).flatten(2).transpose(1, 2) + self.places
-        for layer in self.layers:
-            x = layer(x, x)
-        slots = self.look(self.slots.expand(x.shape[0], -1, -1), x)
-        return self.characters(slots[:, :SLOTS]), self.region(slots[:, SLOTS])
+        """Return logits: N x CELLS x CLASSES and N x regions."""
+        x = self.backbone(_evened(picture.permute(0, 3, 1, 2).float()))
+        x = x.flatten(2).transpose(1, 2) + self.places
+        x = self.norm(self.look(x, x))
+        return self.characters(x), self.region(x.mean(dim=1))
 
 
-def _convolution(inside: int, outside: int, stride: int = 1) -> nn.Sequential:
+def _evened(x: torch.Tensor) -> torch.Tensor:
+    """Return each picture with mean 0 and spread 1, so that night and glare look like day."""
+    x = x - x.mean(dim=(1, 2, 3), keepdim=True)
+    return x / ((x * x).mean(dim=(1, 2, 3), keepdim=True).sqrt() + 4)
+
+
+def _convolution(inside: int, outside: int, stride=1) -> nn.Sequential:
     return nn.Sequential(
         nn.Conv2d(inside, outside, 3, stride, 1, bias=False), nn.BatchNorm2d(outside), nn.ReLU()
     )

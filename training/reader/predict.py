@@ -5,12 +5,12 @@ from pathlib import Path
 
 import numpy as np
 
-from ..alphabet import CHARACTERS, EMPTY, GROUPS
+from ..alphabet import CHARACTERS, GAP, GROUPS
 
 
 @dataclass(frozen=True)
 class Reading:
-    """`confidence` is that of the least certain slot up to the first empty one, 0..1."""
+    """`confidence` is that of the least certain character, 0..1; of the emptiness without text."""
 
     text: str
     confidence: float
@@ -35,11 +35,28 @@ class ExportedReader:
         return [reading(c, r) for c, r in zip(characters, regions, strict=True)]
 
 
-def reading(characters: np.ndarray, regions: np.ndarray) -> Reading:
-    """Return the reading of SLOTS x CLASSES and region probabilities."""
-    best = characters.argmax(axis=1)
-    ends = np.flatnonzero(best == EMPTY)
-    length = int(ends[0]) if len(ends) else len(best)
-    sure = characters.max(axis=1)[: min(length + 1, len(best))]
-    text = "".join(CHARACTERS[i - 1] for i in best[:length])
-    return Reading(text, float(sure.min()), GROUPS[int(regions.argmax())])
+def reading(cells: np.ndarray, regions: np.ndarray) -> Reading:
+    """Return the reading of CELLS x CLASSES and region probabilities."""
+    found = collapsed(cells)
+    text = "".join(CHARACTERS[i - 1] for i, _ in found)
+    return Reading(text, least_certain(cells, found), GROUPS[int(regions.argmax())])
+
+
+def collapsed(cells: np.ndarray) -> list[tuple[int, float]]:
+    """Return (class, confidence) of the characters in CELLS x CLASSES probabilities.
+
+    Neighbouring cells of one class are one character, as sure as the surest of them.
+    """
+    best = cells.argmax(axis=1)
+    starts = np.flatnonzero(np.diff(best, prepend=-1))
+    runs = zip(starts, [*starts[1:], len(best)], strict=True)
+    return [
+        (int(best[start]), float(cells[start:end, best[start]].max()))
+        for start, end in runs
+        if best[start] != GAP
+    ]
+
+
+def least_certain(cells: np.ndarray, found: list[tuple[int, float]]) -> float:
+    """Return the confidence of a plate with these characters."""
+    return min((sure for _, sure in found), default=float(cells[:, GAP].min()))

@@ -12,19 +12,19 @@ from random import Random
 import torch
 from torch.nn import functional
 
-from ..alphabet import GROUPS, encode
+from ..alphabet import GAP, GROUPS, encode
 from ..fonts import catalogue
 from ..loop.replay import replayed
 from ..loop.samples import loader
 from ..loop.trainer import Settings, Trainer
 from ..scene.crop import sample
 from ..shards import stored_batches
-from .network import Reader
+from .network import CELLS, Reader
 from .shift import varied
 
 
 def tensors(fonts: dict, rng: Random) -> tuple[torch.Tensor, torch.Tensor, torch.Tensor]:
-    """Return picture, classes of the slots and region of a new sample (-1 where no plate is)."""
+    """Return picture, classes of the text and region of a new sample (-1 where no plate is)."""
     picture, text, group = sample(fonts, rng)
     region = GROUPS.index(group) if group else -1
     return torch.from_numpy(picture.copy()), torch.tensor(encode(text)), torch.tensor(region)
@@ -33,10 +33,26 @@ def tensors(fonts: dict, rng: Random) -> tuple[torch.Tensor, torch.Tensor, torch
 def loss(network: torch.nn.Module, batch: tuple) -> dict[str, torch.Tensor]:
     pictures, classes, regions = batch
     characters, region = network(varied(pictures))
-    read = functional.cross_entropy(characters.flatten(0, 1).float(), classes.flatten())
+    chances = characters.float().log_softmax(2)
+    lengths = (classes != GAP).sum(1)
+    steps = torch.full_like(lengths, CELLS)
+    read = functional.ctc_loss(chances.transpose(0, 1), classes, steps, lengths, blank=GAP)
     known = functional.cross_entropy(region.float(), regions, ignore_index=-1)
-    exact = (characters.argmax(2) == classes).all(1).float().mean()
+    exact = _exact(chances.argmax(2), classes)
     return {"loss": read + 0.05 * known, "read": read, "region": known, "exact": exact}
+
+
+def _exact(best: torch.Tensor, classes: torch.Tensor) -> torch.Tensor:
+    """Return the share of texts read right; `best` is N x CELLS, `classes` N x LONGEST."""
+    fresh = torch.ones_like(best, dtype=torch.bool)
+    fresh[:, 1:] = best[:, 1:] != best[:, :-1]
+    kept = fresh & (best != GAP)
+    order = (~kept).long().sort(dim=1, stable=True).indices
+    texts = (best * kept).gather(1, order)
+    longest = classes.shape[1]
+    return (
+        ((texts[:, :longest] == classes).all(1) & (texts[:, longest:] == GAP).all(1)).float().mean()
+    )
 
 
 def arguments() -> argparse.ArgumentParser:

@@ -1,7 +1,7 @@
 """The plate reader of our own models: a whole plate, one row or two, in one look.
 
-The file takes N x 64 x 192 x 3 uint8 RGB and gives per character slot the probabilities of its
-alphabet, class 0 being the empty slot; `training/reader/export.py` writes it.
+The file takes N x 64 x 192 x 3 uint8 RGB and gives per cell of its line the probabilities of its
+alphabet, class 0 being the gap between characters; `training/reader/export.py` writes it.
 """
 
 import numpy as np
@@ -14,7 +14,7 @@ from .plate_text import PlateText
 from .straighten import straighten
 
 HEIGHT, WIDTH = 64, 192  # pixels of the network's input
-_EMPTY = 0
+_GAP = 0
 
 
 class OwnReader:
@@ -29,8 +29,8 @@ class OwnReader:
     def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
         """Return the plate's text without separators; empty where no plate is."""
         picture = plate_picture(image, box.lines[0])
-        slots = self._session.run(["characters"], {"picture": picture[None]})[0][0]
-        possible = slots * allowed(self._characters, region)
+        cells = self._session.run(["characters"], {"picture": picture[None]})[0][0]
+        possible = cells * allowed(self._characters, region)
         return fit_to_format(text_of(possible, self._characters), region)
 
 
@@ -65,16 +65,15 @@ def _script(character: str) -> str:
     return "kana" if "\u3040" <= character <= "\u30ff" else "han"
 
 
-def text_of(slots: np.ndarray, characters: str) -> PlateText:
-    """Return the text of slots x classes probabilities, up to the first empty slot.
+def text_of(cells: np.ndarray, characters: str) -> PlateText:
+    """Return the text of cells x classes probabilities.
 
-    The last character is at most as sure as the end of the text behind it.
+    Neighbouring cells of one class are one character, as sure as the surest of them.
     """
-    best, sure = slots.argmax(axis=1), slots.max(axis=1)
-    ends = np.flatnonzero(best == _EMPTY)
-    length = int(ends[0]) if len(ends) else len(best)
-    text = "".join(characters[i - 1] for i in best[:length])
-    confidences = [float(c) for c in sure[:length]]
-    if confidences and length < len(best):
-        confidences[-1] = min(confidences[-1], float(sure[length]))
-    return PlateText(text, tuple(confidences), (text,) if text else ())
+    best = cells.argmax(axis=1)
+    starts = np.flatnonzero(np.diff(best, prepend=-1))
+    runs = zip(starts, [*starts[1:], len(best)], strict=True)
+    kept = [(start, end) for start, end in runs if best[start] != _GAP]
+    text = "".join(characters[best[start] - 1] for start, _ in kept)
+    sure = tuple(float(cells[start:end, best[start]].max()) for start, end in kept)
+    return PlateText(text, sure, (text,) if text else ())
