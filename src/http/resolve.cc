@@ -1,5 +1,6 @@
 #include "http/resolve.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <boost/asio/io_context.hpp>
 #include <future>
 #include <thread>
@@ -67,12 +68,21 @@ Lookup await_look_up(const Url& url, std::chrono::milliseconds timeout) {
   return pending.get();
 }
 
+// This name means the own machine without asking anybody (RFC 6761): not every system has a table
+// of hosts.
+Endpoints own_machine(const Url& url) {
+  if (!boost::algorithm::iequals(url.host, "localhost")) return {};
+  return {{asio::ip::address_v6::loopback(), url.port},
+          {asio::ip::address_v4::loopback(), url.port}};
+}
+
 }  // namespace
 
 Endpoints resolve(const Url& url, std::chrono::milliseconds timeout) {
   error_code no_number;
   const auto address = asio::ip::make_address(url.host, no_number);
   if (!no_number) return {{address, url.port}};
+  if (Endpoints own = own_machine(url); !own.empty()) return own;
   Lookup lookup = await_look_up(url, timeout);
   if (lookup.error) throw UrlError(reason(lookup.error), NetworkFailure::name_resolution);
   return lookup.endpoints;

@@ -92,7 +92,7 @@ def test_the_detector_learns_one_picture():
 def test_an_exported_detector_takes_photos_of_any_shape(tmp_path):
     from PIL import Image
 
-    path = detector_export.export(Detector(0.5).eval(), "640p_fp32", tmp_path)
+    path = detector_export.export(Detector(0.5).eval(), tmp_path)
     assert path.stat().st_size < 3.5e6
     for size in ((300, 200), (200, 300)):
         found = ExportedDetector(path, 160).find(Image.new("RGB", size), least=0.0)

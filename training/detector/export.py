@@ -1,6 +1,6 @@
 """Exports a trained detector to ONNX, checked against the network.
 
-    python -m training.detector.export --run runs/detector --name 640p_fp32 --out models
+    python -m training.detector.export --run runs/detector --out models
 
 Input "picture": 1 x H x W x 3 uint8 RGB, sides multiples of 32. Outputs for P points, in pixels of
 the input: "scores" 1 x P (0..1), "boxes" 1 x P x 4, "corners" 1 x P x 8.
@@ -12,7 +12,7 @@ from pathlib import Path
 import torch
 from torch import nn
 
-from ..onnx_files import add_metadata, check_close, to_onnx
+from ..onnx_files import check_close, to_onnx
 from .network import STRIDES, Detector
 from .points import boxes, corners
 
@@ -51,27 +51,25 @@ def trained(run: Path) -> Detector:
     return network.eval()
 
 
-def export(network: Detector, name: str, out: Path) -> Path:
-    """Write detector_NAME.onnx; raises ValueError when it differs from the network."""
+def export(network: Detector, out: Path) -> Path:
+    """Write detector_fp32.onnx; raises ValueError when it differs from the network."""
     out.mkdir(parents=True, exist_ok=True)
-    path = out / f"detector_{name}.onnx"
+    path = out / "detector_fp32.onnx"
     whole = Plates(network).eval()
     example = torch.randint(0, 255, (1, *_SIZE, 3), dtype=torch.uint8)
     outputs = ["scores", "boxes", "corners"]
     to_onnx(whole, example, path, "picture", outputs, {1: "height", 2: "width"})
     for height, width in (_SIZE, (320, 192)):
         check_close(whole, path, torch.randint(0, 255, (1, height, width, 3), dtype=torch.uint8))
-    add_metadata(path, {"longest": name.split("p")[0]})
     return path
 
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--run", type=Path, required=True)
-    parser.add_argument("--name", required=True, choices=("320p_fp32", "640p_fp32"))
     parser.add_argument("--out", type=Path, required=True)
     args = parser.parse_args()
-    path = export(trained(args.run), args.name, args.out)
+    path = export(trained(args.run), args.out)
     print(f"{path} {path.stat().st_size / 1e6:.2f} MB")
 
 

@@ -7,6 +7,7 @@
 
 #include "base/interrupt.h"
 #include "http/errors.h"
+#include "http/resolve.h"
 #include "http/scripted_server.h"
 
 namespace zv::http {
@@ -160,6 +161,16 @@ TEST(Client, TellsARefusedConnectionApart) {
 TEST(Client, TriesEveryAddressOfAName) {
   ScriptedServer server(ok("found"));
   EXPECT_EQ(get("http://localhost:" + server.port() + "/"), "found");
+}
+
+TEST(Client, KnowsItsOwnMachineWithoutAskingTheSystem) {
+  using boost::asio::ip::address_v4;
+  using boost::asio::ip::address_v6;
+  const auto found = resolve(parse_url("http://LocalHost:81/"), std::chrono::seconds(1));
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0].address(), address_v6::loopback());
+  EXPECT_EQ(found[1].address(), address_v4::loopback());
+  EXPECT_EQ(found[1].port(), 81);
 }
 
 TEST(Client, SpeaksIpv6) {
