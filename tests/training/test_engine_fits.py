@@ -19,7 +19,7 @@ from training.scene.crop import HEIGHT, WIDTH  # noqa: E402
 def test_the_engine_finds_and_reads_with_random_weights(tmp_path, monkeypatch):
     monkeypatch.setattr(own_detector, "_LEAST_SCORE", 0.0)
     torch.manual_seed(1)
-    detector_file = detector_export.export(Detector(0.5).eval(), "320p_fp32", tmp_path)
+    detector_file = detector_export.export(Detector(0.5).eval(), tmp_path)
     pictures = np.zeros((4, HEIGHT, WIDTH, 3), np.uint8)
     reader_files = reader_export.export(Reader(32).eval(), 1.0, pictures, tmp_path)
     photo = np.random.default_rng(1).integers(0, 255, (180, 320, 3), dtype=np.uint8)

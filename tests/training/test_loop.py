@@ -7,7 +7,7 @@ import pytest
 
 torch = pytest.importorskip("torch")
 
-from training.loop import checkpoint, schedule  # noqa: E402
+from training.loop import checkpoint, schedule, weights  # noqa: E402
 from training.loop.replay import replayed  # noqa: E402
 from training.loop.samples import loader  # noqa: E402
 from training.loop.trainer import Settings, Trainer  # noqa: E402
@@ -98,3 +98,17 @@ def test_a_checkpoint_is_written_whole_or_not_at_all(tmp_path, monkeypatch):
     with pytest.raises(OSError):
         checkpoint.save(trainer.file, trainer.progress, trainer._parts, {"seed": 1})
     assert trainer.file.read_bytes() == whole
+
+
+def test_kept_weights_begin_a_new_training_where_the_old_one_ended(tmp_path):
+    trainer = _trainer(tmp_path)
+    trainer.run(_batches(0, 40), _to_one)
+    checkpoint.save(trainer.file, trainer.progress, trainer._parts, trainer.settings.plan)
+    weights.keep(trainer.file, tmp_path / "kept" / "one.pt")
+    for source in (trainer.file, tmp_path / "kept" / "one.pt"):
+        fresh = torch.nn.Conv2d(1, 1, 1)
+        weights.begin(fresh, source)
+        learnt = trainer.average.network.weight
+        assert float(fresh.weight.detach()) == pytest.approx(float(learnt), rel=1e-3)
+    with pytest.raises(RuntimeError):
+        weights.begin(torch.nn.Conv2d(1, 2, 1), trainer.file)

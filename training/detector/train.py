@@ -12,6 +12,7 @@ from random import Random
 import torch
 
 from ..fonts import catalogue
+from ..loop import weights
 from ..loop.replay import replayed
 from ..loop.samples import loader
 from ..loop.trainer import Settings, Trainer
@@ -41,7 +42,7 @@ def arguments() -> argparse.ArgumentParser:
     parser.add_argument("--size", type=int, default=384, help="pixels of a sample's sides")
     parser.add_argument("--scales", type=float, nargs=2, default=(0.3, 1.3),
                         help="how photos are scaled; 0.18 0.7 for the detector at 320")  # fmt: skip
-    parser.add_argument("--start", type=Path, help="checkpoint whose weights to begin with")
+    parser.add_argument("--start", type=Path, help="weights or checkpoint to begin with")
     parser.add_argument("--batch", type=int, default=64)
     parser.add_argument("--rate", type=float, default=2e-3)
     parser.add_argument("--width", type=float, default=1.0)
@@ -56,8 +57,7 @@ def main() -> None:
     torch.manual_seed(args.seed)
     network = Detector(args.width)
     if args.start:
-        state = torch.load(args.start, map_location="cpu", weights_only=False)
-        network.load_state_dict(state["parts"]["average"]["network"])
+        weights.begin(network, args.start)
     plan = {"width": args.width, "size": args.size, "batch": args.batch, "seed": args.seed}
     settings = Settings(args.out, args.minutes, args.total_minutes, args.rate, plan)
     trainer = Trainer(network, settings)

@@ -14,6 +14,7 @@ from torch.nn import functional
 
 from ..alphabet import GAP, GROUPS, encode
 from ..fonts import catalogue
+from ..loop import weights
 from ..loop.replay import replayed
 from ..loop.samples import loader
 from ..loop.trainer import Settings, Trainer
@@ -60,6 +61,7 @@ def arguments() -> argparse.ArgumentParser:
     parser.add_argument("--fonts", type=Path, required=True)
     parser.add_argument("--shards", type=Path, help="pre-rendered samples; none: render now")
     parser.add_argument("--out", type=Path, required=True)
+    parser.add_argument("--start", type=Path, help="weights or checkpoint to begin with")
     parser.add_argument("--minutes", type=float, default=9)
     parser.add_argument("--total-minutes", type=float, default=27)
     parser.add_argument("--batch", type=int, default=256)
@@ -76,7 +78,10 @@ def main() -> None:
     torch.manual_seed(args.seed)
     plan = {"size": args.size, "batch": args.batch, "seed": args.seed}
     settings = Settings(args.out, args.minutes, args.total_minutes, args.rate, plan)
-    trainer = Trainer(Reader(args.size), settings)
+    network = Reader(args.size)
+    if args.start:
+        weights.begin(network, args.start)
+    trainer = Trainer(network, settings)
     if args.shards:
         fresh = stored_batches(args.shards, args.batch, args.seed, trainer.progress.samples)
     else:

@@ -57,29 +57,32 @@ def test_a_large_plate_is_averaged_not_sampled():
     assert abs(inner - 100).max() < 30
 
 
-def _slots(text: str, sure: dict[int, float], count: int = 6) -> np.ndarray:
-    slots = np.zeros((count, 5))
-    for i in range(count):
-        best = "AB12".index(text[i]) + 1 if i < len(text) else 0
-        slots[i, best] = sure.get(i, 1.0)
-        slots[i, (best + 1) % 5] = 1 - sure.get(i, 1.0)
-    return slots
+def _cells(line: str, sure: dict[int, float]) -> np.ndarray:
+    """Return probabilities of a line of cells, "_" being a gap; `sure` of each, 1 unless told."""
+    cells = np.zeros((len(line), 5))
+    for i, sign in enumerate(line):
+        best = "_AB12".index(sign)
+        cells[i, best] = sure.get(i, 1.0)
+        cells[i, (best + 1) % 5] = 1 - sure.get(i, 1.0)
+    return cells
 
 
-def test_slots_become_text_up_to_the_first_empty_one():
-    text = own_reader.text_of(_slots("A1B", {1: 0.7}), "AB12")
-    assert text.text == "A1B" and text.confidences == (1.0, 0.7, 1.0)
-    assert text.confidence == 0.7
+@pytest.mark.parametrize(
+    ("line", "text"),
+    [("_AA__1_BB", "A1B"), ("A_A", "AA"), ("A1", "A1"), ("11_11", "11"), ("__", "")],
+)
+def test_equal_neighbours_become_one_character(line, text):
+    assert own_reader.text_of(_cells(line, {}), "AB12").text == text
 
 
-def test_an_unsure_end_makes_the_last_character_unsure():
-    assert own_reader.text_of(_slots("A1", {2: 0.6}), "AB12").confidences == (1.0, 0.6)
+def test_a_character_is_as_sure_as_its_surest_cell():
+    text = own_reader.text_of(_cells("AA_11", {0: 0.6, 1: 0.9, 2: 0.7, 3: 0.8, 4: 0.7}), "AB12")
+    assert (text.text, text.confidences, text.confidence) == ("A1", (0.9, 0.8), 0.8)
 
 
-def test_a_text_may_fill_all_slots_or_none():
-    assert own_reader.text_of(_slots("A1B2A1", {}), "AB12").text == "A1B2A1"
-    empty = own_reader.text_of(_slots("", {}), "AB12")
-    assert (empty.text, empty.confidences, empty.rows) == ("", (), ())
+def test_no_text_has_no_confidence():
+    text = own_reader.text_of(_cells("____", {}), "AB12")
+    assert (text.text, text.confidences, text.rows, text.confidence) == ("", (), (), 0.0)
 
 
 @pytest.mark.parametrize(
@@ -95,6 +98,6 @@ def test_a_region_leaves_its_scripts(region, left):
 
 
 def test_what_a_region_strikes_out_leaves_the_reading_unsure():
-    slots = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
-    text = own_reader.text_of(slots * own_reader.allowed("A京", "de"), "A京")
+    cells = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
+    text = own_reader.text_of(cells * own_reader.allowed("A京", "de"), "A京")
     assert (text.text, text.confidence) == ("A", pytest.approx(0.1))
