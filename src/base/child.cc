@@ -6,13 +6,9 @@
 #include <csignal>
 
 #include "base/error.h"
-#include "base/interrupt.h"
 
 namespace zv {
 namespace {
-
-constexpr std::uint64_t TICK_MS = 20;
-constexpr int TICKS_BEFORE_PASSING_ON = 10;
 
 struct Pipe {
   uv_pipe_t handle{};
@@ -69,9 +65,7 @@ struct Child::State {
   std::vector<std::unique_ptr<Pipe>> pipes;
   std::optional<ExitState> exit;
   bool spawned = false;
-  Relay relay = Relay::every;
-  int interrupts_seen = 0;
-  int ticks_since_interrupt = 0;
+  InterruptRelay relay;
 
   // Also runs when the constructor of Child fails half way.
   ~State() {
@@ -86,16 +80,9 @@ struct Child::State {
     uv_loop_close(&loop);
   }
 
-  void follow_interrupts() {
-    const int pending = pending_interrupts();
-    if (pending == 0 || exit) return;
-    ++ticks_since_interrupt;
-    if (pending >= 2) uv_process_kill(&process, SIGKILL);
-    if (relay == Relay::unless_from_terminal && interrupted_by_terminal()) return;
-    if (interrupts_seen == 0 && ticks_since_interrupt == TICKS_BEFORE_PASSING_ON) {
-      interrupts_seen = 1;
-      uv_process_kill(&process, SIGINT);
-    }
+  void relay_interrupts() {
+    const int number = exit ? 0 : relay.due();
+    if (number != 0) uv_process_kill(&process, number);
   }
 
   static void on_exit(uv_process_t* process, std::int64_t status, int signal) {
@@ -106,13 +93,13 @@ struct Child::State {
 Child::Child(const std::vector<std::string>& command, const std::vector<Stream>& streams,
              Relay relay)
     : state_(std::make_unique<State>()) {
-  state_->relay = relay;
+  state_->relay = InterruptRelay(relay);
   uv_loop_init(&state_->loop);
   uv_timer_init(&state_->loop, &state_->tick);
   state_->tick.data = state_.get();
   uv_timer_start(
-      &state_->tick, [](uv_timer_t* tick) { static_cast<State*>(tick->data)->follow_interrupts(); },
-      TICK_MS, TICK_MS);
+      &state_->tick, [](uv_timer_t* tick) { static_cast<State*>(tick->data)->relay_interrupts(); },
+      InterruptRelay::TICK_MS, InterruptRelay::TICK_MS);
 
   std::vector<uv_stdio_container_t> containers;
   for (std::size_t i = 0; i < streams.size(); ++i) {

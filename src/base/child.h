@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "base/interrupt_relay.h"
+
 namespace zv {
 
 struct ExitState {
@@ -23,10 +25,6 @@ class Child {
   // What a descriptor of the child is: ours, nothing, or a pipe that we read or write.
   enum class Stream { inherit, ignore, read, write };
 
-  // Which Ctrl+C the child is told of, in case it missed it: every one, or only what the terminal
-  // did not send it already, because a second one would break off its tidying up.
-  enum class Relay { every, unless_from_terminal };
-
   // streams[i] becomes the child's descriptor i. Throws Error when the program cannot be started.
   Child(const std::vector<std::string>& command, const std::vector<Stream>& streams,
         Relay relay = Relay::every);
@@ -42,8 +40,7 @@ class Child {
   bool ended(std::size_t descriptor) const;
   const std::optional<ExitState>& exit() const;
 
-  // Serves the pipes until `done` holds. Ctrl+C is relayed to the child after a moment, a second
-  // one kills it.
+  // Serves the pipes until `done` holds; the child is told of Ctrl+C meanwhile.
   void run_until(const std::function<bool()>& done);
   void kill();
 

@@ -21,19 +21,10 @@ std::string as_text(std::string_view bytes) {
 Completed run_captured(const std::vector<std::string>& command) {
   using enum Child::Stream;
   check_interrupt();
-  Child child(command, {inherit, read, read}, Child::Relay::unless_from_terminal);
+  Child child(command, {inherit, read, read}, Relay::unless_from_terminal);
   child.run_until([&] { return child.exit() && child.ended(1) && child.ended(2); });
   check_interrupt();
   return {*child.exit(), as_text(child.received(1)), as_text(child.received(2))};
-}
-
-ExitState run_attached(const std::vector<std::string>& command) {
-  using enum Child::Stream;
-  check_interrupt();
-  Child child(command, {inherit, inherit, inherit}, Child::Relay::unless_from_terminal);
-  child.run_until([&] { return child.exit().has_value(); });
-  check_interrupt();
-  return *child.exit();
 }
 
 }  // namespace zv

@@ -18,7 +18,7 @@ struct Completed {
 // time limit. Throws Error when the program cannot be started and Interrupted after Ctrl+C (the
 // child has ended by then).
 Completed run_captured(const std::vector<std::string>& command);
-// Output goes straight to ours.
+// Output goes straight to ours. The child ends with this process, however this process ends.
 ExitState run_attached(const std::vector<std::string>& command);
 
 }  // namespace zv

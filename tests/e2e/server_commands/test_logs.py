@@ -5,6 +5,7 @@ import signal
 import time
 
 import pytest
+from processes import alive
 
 
 @pytest.fixture
@@ -91,15 +92,60 @@ def test_follow_goes_on_after_the_log_was_emptied_in_place(zv, log, follower):
     assert (status, out) == (0, b"")
 
 
-def test_follow_runs_tail_on_the_log(zv, log, tmp_path):
+@pytest.fixture
+def scripted_tail(tmp_path):
+    """Makes a script be the `tail` that is found; the environment that does so."""
+
+    def make(script):
+        tail = tmp_path / "tools" / "tail"
+        tail.parent.mkdir()
+        tail.write_text(f"#!/bin/sh\n{script}\n")
+        tail.chmod(0o755)
+        return {"PATH": f"{tail.parent}:{os.environ['PATH']}"}
+
+    return make
+
+
+def test_follow_runs_tail_on_the_log(zv, log, scripted_tail):
     log.write_text("x\n")
-    tools = tmp_path / "tools"
-    tools.mkdir()
-    tail = tools / "tail"
-    tail.write_text('#!/bin/sh\nprintf "%s|" "$#" "$@"\n')
-    tail.chmod(0o755)
-    result = zv("server", "logs", "--follow", env={"PATH": f"{tools}:{os.environ['PATH']}"})
+    env = scripted_tail('printf "%s|" "$#" "$@"')
+    result = zv("server", "logs", "--follow", env=env)
     assert tuple(result) == (0, f"2|-f|{log}|", "")
+
+
+def gone(pid):
+    end = time.monotonic() + 20
+    while alive(pid) and time.monotonic() < end:
+        time.sleep(0.02)
+    return not alive(pid)
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP, signal.SIGKILL])
+def test_tail_does_not_outlive_the_program(zv, log, scripted_tail, number):
+    log.write_text("x\n")
+    process = follow(zv, **scripted_tail("echo $$; exec sleep 60"))
+    tail = int(next_line(process))
+    process.send_signal(number)
+    assert process.wait(30) == -number
+    try:
+        assert gone(tail)
+    finally:
+        if alive(tail):
+            os.kill(tail, signal.SIGKILL)
+
+
+def test_what_nohup_started_goes_on_when_the_terminal_is_closed(zv, log, scripted_tail):
+    log.write_text("x\n")
+    process = zv.popen(
+        "server", "logs", "-f", env=scripted_tail("echo $$; exec sleep 60"),
+        preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN), start_new_session=True,
+    )  # fmt: skip
+    tail = int(next_line(process))
+    os.killpg(process.pid, signal.SIGHUP)
+    time.sleep(0.3)
+    assert (process.poll(), alive(tail)) == (None, True)
+    process.kill()
+    assert gone(tail)
 
 
 def test_ctrl_c_of_the_whole_terminal_ends_follow_quietly(zv, log):
