@@ -106,6 +106,37 @@ def test_bodies_that_are_not_as_described_are_refused_in_one_line(client):
     assert broken.status_code == 422
 
 
+@pytest.mark.parametrize(
+    ("method", "path", "allowed"),
+    [
+        ("DELETE", "/api/region", "GET, HEAD, PUT"),
+        ("PATCH", "/api/session", "DELETE, GET, HEAD, POST"),
+        ("GET", "/api/mmc/backend", "PUT"),
+        ("PUT", "/api/anpr", "POST"),
+        ("OPTIONS", "/api/health", "GET, HEAD"),
+        ("POST", "/", "GET, HEAD"),
+        ("POST", "/openapi.json", "GET, HEAD"),
+        ("POST", "/livez", "GET, HEAD"),
+        ("DELETE", "/static/main.js", "GET, HEAD"),
+        ("PUT", "/static/swagger/swagger-ui.css", "GET, HEAD"),
+        ("FROB", "/api/region", "GET, HEAD, PUT"),
+    ],
+)
+def test_a_method_that_is_not_offered_is_answered_with_those_that_are(
+    client, method, path, allowed
+):
+    answer = client.request(method, path)
+    assert (answer.status_code, answer.headers["allow"]) == (405, allowed)
+    assert answer.json() == {"success": False, "error": f"{method} is not offered here"}
+
+
+@pytest.mark.parametrize("path", ["/", "/docs", "/api/health", "/api/region", "/livez"])
+def test_what_can_be_had_can_be_asked_about(client, path):
+    whole, head = client.get(path), client.head(path)
+    assert (head.status_code, head.content) == (200, b"")
+    assert head.headers["content-type"] == whole.headers["content-type"]
+
+
 def test_recent_requests_are_remembered_newest_first(client):
     files = {"image": ("one.jpg", jpeg(), "image/jpeg")}
     client.post("/api/anpr", files=files)

@@ -2,6 +2,7 @@
 
 from typing import Any
 
+from fastapi.responses import JSONResponse
 from pydantic import BaseModel, Field
 
 
@@ -10,6 +11,11 @@ class Problem(BaseModel):
 
     success: bool = False
     error: str = Field(description="One line that says what to do")
+
+
+def problem(status: int, text: str, **headers: str) -> JSONResponse:
+    """Return the answer to a request that is refused or failed."""
+    return JSONResponse(Problem(error=text).model_dump(), status, headers)
 
 
 class Plate(BaseModel):

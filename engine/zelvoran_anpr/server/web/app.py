@@ -7,10 +7,12 @@ from starlette.exceptions import HTTPException
 
 from ..._version import __version__
 from . import management, probes, recognition, sign_in
+from .answers import problem
 from .body_limits import BodyLimits
 from .departure import ClientLeft
 from .engine import ImageRefused, NotReady
 from .guard import Guard
+from .methods import offered
 from .pages import add_pages
 from .pool import PoolFull
 from .state import ServiceState
@@ -35,36 +37,35 @@ def create_app(state: ServiceState) -> FastAPI:
 
 def _add_handlers(app: FastAPI) -> None:
     @app.exception_handler(HTTPException)
-    async def refused(_: Request, error: HTTPException) -> JSONResponse:
-        return _problem(error.status_code, str(error.detail), **dict(error.headers or {}))
+    async def refused(request: Request, error: HTTPException) -> JSONResponse:
+        if error.status_code == 405:
+            allowed = offered(app.routes, request.url.path)
+            return problem(405, f"{request.method} is not offered here", allow=allowed)
+        return problem(error.status_code, str(error.detail), **dict(error.headers or {}))
 
     @app.exception_handler(RequestValidationError)
     async def invalid(_: Request, error: RequestValidationError) -> JSONResponse:
-        return _problem(422, _first_problem(error))
+        return problem(422, _first_problem(error))
 
     @app.exception_handler(ImageRefused)
     async def no_image(_: Request, error: ImageRefused) -> JSONResponse:
-        return _problem(error.status, str(error))
+        return problem(error.status, str(error))
 
     @app.exception_handler(NotReady)
     async def not_ready(_: Request, error: NotReady) -> JSONResponse:
-        return _problem(503, str(error), **{"retry-after": "1"})
+        return problem(503, str(error), **{"retry-after": "1"})
 
     @app.exception_handler(PoolFull)
     async def full(_: Request, error: PoolFull) -> JSONResponse:
-        return _problem(429, str(error), **{"retry-after": str(error.retry_after)})
+        return problem(429, str(error), **{"retry-after": str(error.retry_after)})
 
     @app.exception_handler(ClientLeft)
     async def left(_: Request, error: ClientLeft) -> JSONResponse:
-        return _problem(ClientLeft.STATUS, "The client closed the connection")
+        return problem(ClientLeft.STATUS, "The client closed the connection")
 
     @app.exception_handler(Exception)
     async def failed(_: Request, error: Exception) -> JSONResponse:
-        return _problem(500, "The request failed; the reason is in the server's log")
-
-
-def _problem(status: int, text: str, **headers: str) -> JSONResponse:
-    return JSONResponse({"success": False, "error": text}, status, headers)
+        return problem(500, "The request failed; the reason is in the server's log")
 
 
 def _first_problem(error: RequestValidationError) -> str:

@@ -4,10 +4,11 @@ import logging
 import time
 from typing import Any
 
-from starlette.responses import JSONResponse
 from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
 from .access import Refusal, Request, foreign_page, not_allowed, wrong_host
+from .answers import problem
+from .methods import as_routed
 from .paths import OPEN_PATHS, PAGES, PROBES, route_name
 from .state import ServiceState
 
@@ -50,11 +51,12 @@ class Guard:
             await send(message)
 
         refusal = self._refusal(scope)
+        routed = as_routed(scope)
         app = _refuse(refusal) if refusal else self._app
         try:
-            await app(scope, receive, watched_send)
+            await app(routed, receive, watched_send)
         finally:
-            self._note(scope, status, time.monotonic() - begun)
+            self._note(scope, route_name(routed), status, time.monotonic() - begun)
 
     def _refusal(self, scope: Scope) -> Refusal | None:
         server = self._state.settings.server
@@ -65,10 +67,10 @@ class Guard:
             return refusal
         return not_allowed(request, self._state.sessions, server.require_token)
 
-    def _note(self, scope: Scope, status: int, seconds: float) -> None:
+    def _note(self, scope: Scope, route: str, status: int, seconds: float) -> None:
         self._state.metrics.count_answer(
             scope["method"] if scope["method"] in _METHODS else "OTHER",
-            route_name(scope),
+            route,
             status,
             seconds,
         )
@@ -90,13 +92,12 @@ def _request(scope: Scope) -> Request:
     return Request(headers, client, (scope.get("server") or ("",))[0], opens_page)
 
 
-def _refuse(refusal: Refusal) -> JSONResponse:
+def _refuse(refusal: Refusal) -> ASGIApp:
     # The body is not read: the connection cannot be used again.
     headers = {"connection": "close"}
     if refusal.status == 401:
         headers["www-authenticate"] = 'Bearer realm="ANPR server"'
-    content = {"success": False, "error": refusal.text}
-    return JSONResponse(content, refusal.status, headers)
+    return problem(refusal.status, refusal.text, **headers)
 
 
 def _with_headers(scope: Scope, headers: Any) -> list[tuple[bytes, bytes]]:

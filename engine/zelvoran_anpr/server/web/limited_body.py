@@ -4,17 +4,16 @@ import asyncio
 import time
 from typing import Any
 
-from starlette.responses import JSONResponse
 from starlette.types import Message, Receive
+
+from .answers import problem
 
 
 class Stop(Exception):
     """No more of the body is taken; `answer` is what the client is told."""
 
     def __init__(self, status: int, text: str, **headers: str) -> None:
-        self.answer = JSONResponse(
-            {"success": False, "error": text}, status, {"connection": "close", **headers}
-        )
+        self.answer = problem(status, text, connection="close", **headers)
 
 
 class LimitedBody:
