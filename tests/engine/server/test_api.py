@@ -137,6 +137,32 @@ def test_what_can_be_had_can_be_asked_about(client, path):
     assert head.headers["content-type"] == whole.headers["content-type"]
 
 
+@pytest.mark.parametrize(
+    ("method", "path"),
+    [("put", "/api/region"), ("put", "/api/mmc/backend"), ("post", "/api/session")],
+)
+@pytest.mark.parametrize("body", [b"\xff\xfe", b"{", b"[" * 30_000, b" " * 100_000])
+def test_a_refusal_is_one_that_the_description_names(client, method, path, body):
+    answer = client.request(
+        method, path, content=body, headers={"content-type": "application/json"}
+    )
+    described = client.get("/openapi.json").json()["paths"][path][method]["responses"]
+    assert 400 <= answer.status_code < 500
+    assert described[str(answer.status_code)]["content"]["application/json"]["schema"] == {
+        "$ref": "#/components/schemas/Problem"
+    }
+    assert answer.json().keys() == {"success", "error"}
+
+
+@pytest.mark.parametrize("path", ["/livez", "/readyz", "/metrics"])
+def test_refusals_of_probes_are_described_too(client, path):
+    described = client.get("/openapi.json").json()["paths"][path]["get"]["responses"]
+    refused = client.get(path, headers={"Origin": "http://evil.example"})
+    assert (refused.status_code, refused.headers["content-type"]) == (403, "application/json")
+    assert described["403"]["content"].keys() == {"application/json"}
+    assert described["200"]["content"].keys() == {"text/plain"}
+
+
 def test_recent_requests_are_remembered_newest_first(client):
     files = {"image": ("one.jpg", jpeg(), "image/jpeg")}
     client.post("/api/anpr", files=files)

@@ -4,16 +4,15 @@ import subprocess
 import sys
 from pathlib import Path
 
-CHECKS = (
-    "not_a_server_error,status_code_conformance,content_type_conformance,"
-    "response_schema_conformance"
-)
+# The description cannot say what makes bytes a photo, nor which texts are regions.
+NOT_CHECKED = "positive_data_acceptance"
 
 
 def test_no_request_that_fits_the_description_makes_the_server_fail(server):
     program = Path(sys.executable).with_name("schemathesis")
     done = subprocess.run(
-        [program, "run", f"{server.url}/openapi.json", "--checks", CHECKS,
+        [program, "run", f"{server.url}/openapi.json", "--checks", "all",
+         "--exclude-checks", NOT_CHECKED,
          "--max-examples", "15", "--seed", "17", "--mode", "all", "--workers", "1",
          "--phases", "coverage,fuzzing", "--generation-database", "none"],
         text=True, capture_output=True, timeout=120, check=False,

@@ -18,6 +18,12 @@ def problem(status: int, text: str, **headers: str) -> JSONResponse:
     return JSONResponse(Problem(error=text).model_dump(), status, headers)
 
 
+PROBLEMS: dict[Any, dict[str, Any]] = {
+    status: {"model": Problem} for status in (400, 401, 403, 408, 413, 422)
+}
+"""Every route may be refused so: before it is met, or because of what was sent."""
+
+
 class Plate(BaseModel):
     plate_text: str
     confidence: float = Field(description="Of the text, in percent")

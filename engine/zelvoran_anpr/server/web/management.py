@@ -2,19 +2,19 @@
 
 import asyncio
 import time
-from typing import Annotated, Any
+from typing import Annotated
 
 from fastapi import APIRouter, Query, Request
 
 from ..._version import __version__
 from . import region as regions
 from .answers import (
+    PROBLEMS,
     BackendName,
     Health,
     HealthCheck,
     MmcChange,
     MmcStatus,
-    Problem,
     RecentAnswer,
     Region,
     RegionChange,
@@ -24,10 +24,7 @@ from .answers import (
 from .state import ServiceState
 
 _SDK_VERSION = "v17"
-_PROBLEMS: dict[Any, dict[str, Any]] = {
-    status: {"model": Problem} for status in (400, 401, 403, 413, 415, 422)
-}
-router = APIRouter(tags=["management"], responses=_PROBLEMS)
+router = APIRouter(tags=["management"], responses=PROBLEMS)
 
 
 def _state(request: Request) -> ServiceState:

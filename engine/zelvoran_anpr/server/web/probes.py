@@ -1,31 +1,34 @@
 """What supervisors and monitoring ask for."""
 
+from typing import Any
+
 from fastapi import APIRouter, Request
 from fastapi.responses import PlainTextResponse, Response
 
+from .answers import PROBLEMS
 from .state import ServiceState
 
-router = APIRouter(tags=["monitoring"])
+_TEXT = {"content": {"text/plain": {"schema": {"type": "string"}}}}
+_ANSWERS: dict[Any, dict[str, Any]] = {200: _TEXT, **PROBLEMS}
+# A class for plain text would have the refusals described as plain text as well.
+router = APIRouter(tags=["monitoring"], responses=_ANSWERS, default_response_class=Response)
 
 
-@router.get("/livez", summary="Answers as long as the process works",
-            response_class=PlainTextResponse)  # fmt: skip
-async def livez() -> str:
-    return "ok\n"
+@router.get("/livez", summary="Answers as long as the process works")
+async def livez() -> Response:
+    return PlainTextResponse("ok\n")
 
 
 @router.get("/readyz", summary="Answers 200 once the models are warm, 503 before",
-            response_class=PlainTextResponse,
-            responses={503: {"description": "Still loading"}})  # fmt: skip
-async def readyz(request: Request) -> PlainTextResponse:
+            responses={503: {"description": "Still loading", **_TEXT}})  # fmt: skip
+async def readyz(request: Request) -> Response:
     state: ServiceState = request.app.state.service
     if state.engine.ready:
         return PlainTextResponse("ok\n")
     return PlainTextResponse("loading\n", 503, {"retry-after": "1"})
 
 
-@router.get("/metrics", summary="Counters in the Prometheus text format",
-            response_class=PlainTextResponse)  # fmt: skip
+@router.get("/metrics", summary="Counters in the Prometheus text format")
 async def metrics(request: Request) -> Response:
     state: ServiceState = request.app.state.service
     return Response(state.metrics.text(), media_type="text/plain; version=0.0.4; charset=utf-8")

@@ -7,19 +7,17 @@ from typing import Annotated, Any
 
 from fastapi import APIRouter, File, Form, HTTPException, Request, UploadFile
 
-from .answers import Plate, Problem, Recognition
+from .answers import PROBLEMS, Plate, Problem, Recognition
 from .departure import unless_left
 from .mmc_switch import MmcUnavailable
 from .region import internal_name
 from .state import ServiceState
 
-_PROBLEMS: dict[Any, dict[str, Any]] = {
-    status: {"model": Problem} for status in (400, 401, 403, 408, 413, 422, 429, 503, 504)
-}
+_BUSY: dict[Any, dict[str, Any]] = {status: {"model": Problem} for status in (429, 503, 504)}
 Photo = Annotated[UploadFile, File(description="A JPEG, PNG, BMP or TIFF photo")]
 RegionField = Annotated[str | None, Form(description="Region to read this photo for")]
 
-router = APIRouter(tags=["recognition"], responses=_PROBLEMS)
+router = APIRouter(tags=["recognition"], responses={**PROBLEMS, **_BUSY})
 
 
 @router.post("/api/anpr", summary="Read the plates on a photo")

@@ -3,11 +3,11 @@
 from fastapi import APIRouter, HTTPException, Request, Response
 
 from .access import has_session
-from .answers import Problem, SignedIn, Token
+from .answers import PROBLEMS, SignedIn, Token
 from .session import COOKIE, LIFETIME_SECONDS
 from .state import ServiceState
 
-router = APIRouter(tags=["session"], responses={401: {"model": Problem}, 422: {"model": Problem}})
+router = APIRouter(tags=["session"], responses=PROBLEMS)
 
 
 @router.get("/api/session", summary="Whether this browser is signed in")
