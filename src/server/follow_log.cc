@@ -37,16 +37,23 @@ void LogFollower::copy_new() {
   std::error_code missing;
   const std::uintmax_t size = std::filesystem::file_size(log_, missing);
   if (missing || size == copied_) return;
-  if (size < copied_) copied_ = 0;
-  // Held open only for a moment, so that the log can be renamed meanwhile on every system.
-  std::ifstream file(log_, std::ios::binary);
+  if (size < copied_) {
+    copy_from(log_.string() + ".1");
+    copied_ = 0;
+  }
+  copy_from(log_);
+  out_.flush();
+}
+
+// Held open only for a moment, so that the log can be renamed meanwhile on every system.
+void LogFollower::copy_from(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
   file.seekg(static_cast<std::streamoff>(copied_));
   std::array<char, 1 << 14> chunk{};
   while (file.read(chunk.data(), chunk.size()), file.gcount() > 0) {
     out_.write(chunk.data(), file.gcount());
     copied_ += static_cast<std::uintmax_t>(file.gcount());
   }
-  out_.flush();
 }
 
 void follow_log(const std::filesystem::path& log, std::ostream& out) {

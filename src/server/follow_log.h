@@ -12,10 +12,13 @@ class LogFollower {
   // Begins with the last ten lines.
   LogFollower(std::filesystem::path log, std::ostream& out);
 
-  // Copies what was added since the last time; a log that shrank is copied from its beginning.
+  // Copies what was added since the last time. Of a log that shrank, because it was rotated, first
+  // the rest of what is now in the file with ".1" behind its name.
   void copy_new();
 
  private:
+  void copy_from(const std::filesystem::path& path);
+
   std::filesystem::path log_;
   std::ostream& out_;
   std::uintmax_t copied_ = 0;

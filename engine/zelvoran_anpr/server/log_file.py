@@ -1,7 +1,9 @@
 """The log that all servers of a user share, rotated so that followers and writers keep it.
 
 Rotation copies the log away and empties it in place: a `tail -f`, a second server and the
-descriptors that native libraries print to all go on with the same file.
+descriptors that native libraries print to all go on with the same file. What is emptied before a
+`tail -f` has looked, it never shows: rotation comes before a line is written, never right after
+one, and leaves it a moment to look before and after.
 """
 
 import contextlib
@@ -16,6 +18,7 @@ from pathlib import Path
 from filelock import FileLock, Timeout
 
 _PATIENCE_SECONDS = 0.5
+_FOLLOWERS_SECONDS = 0.1
 
 
 class SharedLogHandler(logging.Handler):
@@ -36,9 +39,9 @@ class SharedLogHandler(logging.Handler):
             with self._alone() as alone:
                 if self._was_moved():
                     self._reopen()
-                self._file.write(line)
-                if alone and self._file.tell() >= self._max_bytes:
+                if alone and self._is_full(len(line)):
                     self._rotate()
+                self._file.write(line)
         except OSError:
             self.handleError(record)
 
@@ -65,13 +68,19 @@ class SharedLogHandler(logging.Handler):
         except FileNotFoundError:
             return True
 
+    def _is_full(self, more: int) -> bool:
+        size = os.fstat(self._file.fileno()).st_size
+        return size > 0 and size + more > self._max_bytes
+
     def _rotate(self) -> None:
+        time.sleep(_FOLLOWERS_SECONDS)
         for number in range(self._kept - 1, 0, -1):
             older = Path(f"{self._path}.{number}")
             if older.exists():
                 os.replace(older, f"{self._path}.{number + 1}")
         shutil.copyfile(self._path, f"{self._path}.1")
         os.truncate(self._path, 0)
+        time.sleep(_FOLLOWERS_SECONDS)
 
     def _reopen(self) -> None:
         self._file.close()

@@ -10,7 +10,7 @@ from zelvoran_anpr.server.log_file import SharedLogHandler
 LINE = "x" * 99
 
 
-def write(path, count: int, name: str, max_bytes: int = 10_000, kept: int = 50) -> None:
+def write(path, count: int, name: str, max_bytes: int = 30_000, kept: int = 50) -> None:
     handler = SharedLogHandler(path, max_bytes, kept)
     for number in range(count):
         text = f"{name} {number} {LINE}"
@@ -40,12 +40,29 @@ def test_every_answer_is_logged_and_no_secret_is(home):
 
 def test_rotation_keeps_so_many_old_logs(tmp_path):
     log = tmp_path / "server.log"
-    write(log, 1000, "a", max_bytes=5_000, kept=3)
+    write(log, 300, "a", max_bytes=5_000, kept=3)
     names = sorted(path.name for path in tmp_path.glob("server.log*") if path.suffix != ".lock")
     assert names == ["server.log", "server.log.1", "server.log.2", "server.log.3"]
     assert all(path.stat().st_size < 6_000 for path in tmp_path.iterdir())
     newest = [line.split()[1] for line in (tmp_path / "server.log.1").read_text().splitlines()]
     assert newest == sorted(newest, key=int)
+
+
+def test_a_line_is_never_emptied_away_by_its_own_writing(tmp_path):
+    log = tmp_path / "server.log"
+    handler = SharedLogHandler(log, 600, 50)
+    for number in range(20):
+        text = f"{number} {LINE}"
+        handler.emit(logging.LogRecord("test", logging.INFO, "", 0, text, (), None))
+        assert log.read_text().splitlines()[-1] == text
+    handler.close()
+    assert (tmp_path / "server.log.1").stat().st_size <= 600
+
+
+def test_a_line_longer_than_a_log_may_be_is_kept(tmp_path):
+    write(tmp_path / "server.log", 3, "a", max_bytes=50)
+    assert [line.split()[1] for line in all_lines(tmp_path)].count("1") == 1
+    assert not (tmp_path / "server.log.3").exists()
 
 
 def test_two_servers_that_share_a_log_lose_no_line_when_it_is_rotated(tmp_path, spawn):

@@ -62,6 +62,29 @@ TEST_F(FollowLog, GoesOnAfterTheLogWasEmptied) {
   EXPECT_EQ(out_.str(), "a long first line\nnew\nnewer\n");
 }
 
+TEST_F(FollowLog, ShowsWhatWasWrittenBetweenTheLastLookAndARotation) {
+  const fs::path rotated = log_.string() + ".1";
+  write("seen\n");
+  LogFollower follower(log_, out_);
+  write("written, not yet seen\n");
+  fs::copy_file(log_, rotated, fs::copy_options::overwrite_existing);
+  write("new\n", std::ios::trunc);
+  follower.copy_new();
+  fs::remove(rotated);
+  EXPECT_EQ(out_.str(), "seen\nwritten, not yet seen\nnew\n");
+}
+
+TEST_F(FollowLog, TakesNoOlderLogForTheOneThatWasRotated) {
+  const fs::path rotated = log_.string() + ".1";
+  std::ofstream(rotated) << "old\n";
+  write("a long first line\n");
+  LogFollower follower(log_, out_);
+  write("new\n", std::ios::trunc);
+  follower.copy_new();
+  fs::remove(rotated);
+  EXPECT_EQ(out_.str(), "a long first line\nnew\n");
+}
+
 TEST_F(FollowLog, WaitsForALogThatWasMovedAway) {
   write("first line\n");
   LogFollower follower(log_, out_);
