@@ -1,5 +1,6 @@
 """Real servers in processes of their own, with a home of their own."""
 
+import contextlib
 import json
 import os
 import signal
@@ -128,13 +129,41 @@ def home(tmp_path):
     made.kill_all()
 
 
-@pytest.fixture(scope="module")
+@contextlib.contextmanager
+def running(directory: Path, **sections: dict):
+    """A server of a user of its own while the block runs."""
+    made = Home(directory)
+    made.configure(**sections)
+    try:
+        yield made.start(threads=2)
+    finally:
+        made.call("stop_server", force=True, stop_all=True)
+        made.kill_all()
+
+
+@pytest.fixture(scope="session")
 def server(tmp_path_factory):
-    """One server for all tests of a module that leave it as it was."""
-    made = Home(tmp_path_factory.mktemp("server"))
-    yield made.start(threads=2)
-    made.call("stop_server", force=True, stop_all=True)
-    made.kill_all()
+    """One server for all tests that leave it as it was."""
+    with running(tmp_path_factory.mktemp("server")) as made:
+        yield made
+
+
+@pytest.fixture(scope="session")
+def strict_server(tmp_path_factory):
+    """A server with narrow limits, for clients and uploads that must not harm it."""
+    limits = {"body_mb": 2, "megapixels": 4, "header_seconds": 1, "body_seconds": 2}
+    with running(tmp_path_factory.mktemp("strict"), limits=limits) as made:
+        yield made
+        with made.client() as client:  # after all of them
+            assert upload(client, jpeg()).status_code == 200
+
+
+@pytest.fixture
+def strict_client(strict_server):
+    with strict_server.client() as made:
+        yield made
+        assert made.get("/readyz").status_code == 200  # whatever came before
+        assert made.get("/api/health").json()["errors"] == 0
 
 
 @pytest.fixture

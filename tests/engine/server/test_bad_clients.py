@@ -4,60 +4,40 @@ import contextlib
 import time
 
 import pytest
-from conftest import Home, jpeg, upload, wait_until
+from conftest import jpeg, upload, wait_until
 
 
-@pytest.fixture(scope="module")
-def server(tmp_path_factory):
-    home = Home(tmp_path_factory.mktemp("server"))
-    home.configure(limits={"body_mb": 2, "megapixels": 4, "header_seconds": 1, "body_seconds": 2})
-    started = home.start(threads=2)
-    yield started
-    with started.client() as client:  # after all of them
-        assert upload(client, jpeg()).status_code == 200
-        assert client.get("/api/health").json()["errors"] == 0
-    home.call("stop_server", force=True, stop_all=True)
-    home.kill_all()
-
-
-@pytest.fixture
-def client(server):
-    with server.client() as made:
-        yield made
-        assert made.get("/readyz").status_code == 200  # whatever came before
-
-
-def test_a_connection_that_is_cut_in_the_middle_is_no_failure(server, client):
-    errors = client.get("/api/health").json()["errors"]
+def test_a_connection_that_is_cut_in_the_middle_is_no_failure(strict_server, strict_client):
+    errors = strict_client.get("/api/health").json()["errors"]
     for _ in range(5):
-        with server.connect() as connection:
+        with strict_server.connect() as connection:
             connection.sendall(
                 b"POST /api/anpr HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n"
                 b"Content-Type: multipart/form-data; boundary=x\r\n\r\n--x\r\n"
             )
-    assert client.get("/api/health").json()["errors"] == errors
-    assert "Traceback" not in server.home.log()
+    assert strict_client.get("/api/health").json()["errors"] == errors
+    assert "Traceback" not in strict_server.home.log()
 
 
 @pytest.mark.parametrize("sent", [b"", b"GET", b"GET / HTTP/1.1\r\nHost: localhost\r\nX-A: "])
-def test_a_client_that_does_not_finish_its_request_is_let_go(server, client, sent):
-    with server.connect() as connection:
+def test_a_client_that_does_not_finish_its_request_is_let_go(strict_server, strict_client, sent):
+    with strict_server.connect() as connection:
         connection.sendall(sent)
         connection.settimeout(10)
         with contextlib.suppress(ConnectionResetError):
             assert connection.recv(1000) == b""
 
 
-def test_a_client_that_drips_its_head_is_let_go(server, client):
-    with server.connect() as connection, pytest.raises(OSError):
+def test_a_client_that_drips_its_head_is_let_go(strict_server, strict_client):
+    with strict_server.connect() as connection, pytest.raises(OSError):
         connection.sendall(b"GET / HTTP/1.1\r\nHost: localhost\r\n")
         for _ in range(100):
             connection.sendall(b"X-A: b\r\n")
             time.sleep(0.1)
 
 
-def test_a_client_that_does_not_finish_its_upload_is_told(server, client):
-    with server.connect() as connection:
+def test_a_client_that_does_not_finish_its_upload_is_told(strict_server, strict_client):
+    with strict_server.connect() as connection:
         connection.sendall(
             b"POST /api/anpr HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n"
             b"Content-Type: multipart/form-data; boundary=x\r\n\r\n--x\r\n"
@@ -75,8 +55,8 @@ def test_a_client_that_does_not_finish_its_upload_is_told(server, client):
      b"POST /api/anpr HTTP/1.1\r\nHost: a\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\n",
      b"GET / HTTP/1.1\r\nHost: localhost\r\nHost: evil.example\r\n\r\n"],
 )  # fmt: skip
-def test_what_is_no_http_is_refused(server, client, head):
-    with server.connect() as connection:
+def test_what_is_no_http_is_refused(strict_server, strict_client, head):
+    with strict_server.connect() as connection:
         connection.settimeout(10)
         try:
             connection.sendall(head)
@@ -86,13 +66,13 @@ def test_what_is_no_http_is_refused(server, client, head):
         assert not first or first.split()[1].startswith(b"4")
 
 
-def test_half_open_clients_do_not_keep_others_out(server, client):
-    held = [server.connect() for _ in range(50)]
+def test_half_open_clients_do_not_keep_others_out(strict_server, strict_client):
+    held = [strict_server.connect() for _ in range(50)]
     try:
         for connection in held:
             connection.sendall(b"POST /api/anpr HTTP/1.1\r\nHost: localhost\r\n")
-        assert upload(client, jpeg()).status_code == 200
+        assert upload(strict_client, jpeg()).status_code == 200
     finally:
         for connection in held:
             connection.close()
-    wait_until(lambda: client.get("/livez").status_code == 200)
+    wait_until(lambda: strict_client.get("/livez").status_code == 200)

@@ -41,10 +41,15 @@ def browser(chromium, server):
     chromium.get_log("browser")
     chromium.get(f"{server.url}/login#t={server.home.token()}")
     wait_until(lambda: chromium.current_url == f"{server.url}/")
-    wait_until(lambda: text(chromium, "#state") == "ready")
+    wait_until(lambda: shown_states(chromium) == ["ready"])
     yield chromium
     problems = [line for line in chromium.get_log("browser") if line["level"] == "SEVERE"]
     assert not problems
+
+
+def shown_states(browser) -> list[str]:
+    # The address changes before the page is there to be looked at.
+    return [state.text for state in browser.find_elements(By.ID, "state")]
 
 
 def find(browser, selector: str):

@@ -4,8 +4,18 @@ import subprocess
 import sys
 from pathlib import Path
 
+import pytest
+from conftest import running
+
 # The description cannot say what makes bytes a photo, nor which texts are regions.
 NOT_CHECKED = "positive_data_acceptance"
+
+
+@pytest.fixture
+def server(tmp_path):
+    """One of its own: random requests leave it as they like."""
+    with running(tmp_path) as made:
+        yield made
 
 
 def test_no_request_that_fits_the_description_makes_the_server_fail(server):

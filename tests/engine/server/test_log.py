@@ -4,7 +4,8 @@ import logging
 import subprocess
 import sys
 
-from conftest import jpeg, upload, wait_until
+import pytest
+from conftest import jpeg, running, upload, wait_until
 from zelvoran_anpr.server.log_file import SharedLogHandler
 
 LINE = "x" * 99
@@ -18,13 +19,20 @@ def write(path, count: int, name: str, max_bytes: int = 30_000, kept: int = 50) 
     handler.close()
 
 
+@pytest.fixture(scope="module")
+def small_log(tmp_path_factory):
+    """A server whose log is rotated every twenty lines or so."""
+    with running(tmp_path_factory.mktemp("small"), limits={"log_mb": 0.002}) as made:
+        yield made
+
+
 def all_lines(directory) -> list[str]:
     files = [path for path in directory.iterdir() if not path.name.endswith(".lock")]
     return [line for path in files for line in path.read_text().splitlines()]
 
 
-def test_every_answer_is_logged_and_no_secret_is(home):
-    server = home.start()
+def test_every_answer_is_logged_and_no_secret_is(server):
+    home = server.home
     with server.client() as client:
         upload(client, jpeg())
         client.get("/api/health?detailed=true", headers={"X-ZV-ANPR-Token": home.token()})
@@ -83,31 +91,27 @@ def test_two_servers_that_share_a_log_lose_no_line_when_it_is_rotated(tmp_path, 
     assert {f"{name} {number} {LINE}" for name in "ab" for number in range(1000)} == set(lines)
 
 
-def test_a_follower_sees_what_is_written_after_a_rotation(home, spawn, tmp_path):
-    home.configure(limits={"log_mb": 0.002})
-    server = home.start()
+def test_a_follower_sees_what_is_written_after_a_rotation(small_log, spawn, tmp_path):
     seen = tmp_path / "seen"
     with open(seen, "wb") as out:
-        log = home.config_dir / "logs" / "server.log"
+        log = small_log.home.config_dir / "logs" / "server.log"
         spawn(["tail", "-f", str(log)], stdout=out, stderr=subprocess.DEVNULL)
-        with server.client() as client:
+        with small_log.client() as client:
             for number in range(60):
                 client.get(f"/before-{number}")
-            assert (home.config_dir / "logs" / "server.log.1").exists()
+            assert log.with_name("server.log.1").exists()
             wait_until(lambda: b"/before-5" in seen.read_bytes())
             client.get("/after")
             wait_until(lambda: b"/after" in seen.read_bytes())
 
 
-def test_what_native_code_prints_still_lands_in_the_log_after_a_rotation(home):
-    home.configure(limits={"log_mb": 0.002})
-    server = home.start()
-    with server.client() as client:
+def test_what_native_code_prints_still_lands_in_the_log_after_a_rotation(small_log):
+    with small_log.client() as client:
         for number in range(60):
             client.get(f"/line-{number}")
-    with open(f"/proc/{server.pid}/fd/2", "ab", buffering=0) as standard_error:
+    with open(f"/proc/{small_log.pid}/fd/2", "ab", buffering=0) as standard_error:
         standard_error.write(b"native words\n")
-    assert "native words" in home.log()
+    assert "native words" in small_log.home.log()
 
 
 def test_a_log_that_was_moved_away_is_begun_anew(home):
