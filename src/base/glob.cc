@@ -110,6 +110,7 @@ bool matches(std::string_view pattern, std::string_view name) {
 std::vector<std::string> glob(const std::string& pattern) {
   std::vector<std::string> found;
   const fs::path path(pattern);
+  if (path.empty()) return found;
   expand({}, path.begin(), path.end(), found);
   return found;
 }

@@ -139,9 +139,10 @@ def test_a_name_with_brackets_that_exists_is_taken_as_it_is(ask, server, zv):
 
 
 def test_nothing_found(zv):
-    assert zv("server", "detect", "*.jpg", "gone.png").out == (
+    assert zv("server", "detect", "*.jpg", "gone.png", "").out == (
         "Warning: *.jpg not found, skipping\n"
         "Warning: gone.png not found, skipping\n"
+        "Warning:  not found, skipping\n"
         "No images provided.\n"
         "Usage: zv-anpr server detect <image> [image2 ...] [--region korea] [--mmc]\n"
     )
