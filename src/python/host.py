@@ -29,8 +29,11 @@ class Host:
 
     def send(self, text):
         data = (text + "\n").encode("ascii")
-        while data:
-            data = data[os.write(self.answers, data) :]
+        try:
+            while data:
+                data = data[os.write(self.answers, data) :]
+        except BrokenPipeError:  # the program has gone: nobody waits for answers any more
+            raise SystemExit from None
 
     def keep(self, value):
         self.objects[self.next_id] = value

@@ -1,5 +1,6 @@
 """The commands that hand their work to the engine's server operations: options, order, texts."""
 
+import signal
 import subprocess
 
 import pytest
@@ -231,3 +232,18 @@ def test_a_start_in_the_foreground_ends_on_ctrl_c(zv):
     subprocess.run(["kill", "-INT", "--", f"-{process.pid}"], check=True)
     out, _ = process.communicate(timeout=30)
     assert (process.returncode, out.decode()) == (1, "\nOperation cancelled.\n")
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP, signal.SIGKILL])
+def test_a_server_whose_program_was_ended_ends_without_a_word(zv, number):
+    zv.server_script(
+        "\nimport signal, time\n\ndef start_server(**keywords):\n    told = []\n"
+        "    signal.signal(signal.SIGTERM, lambda *_: told.append(1))\n"
+        "    print('serving', flush=True)\n"
+        "    while not told:\n        time.sleep(0.02)\n"
+    )
+    process = zv.popen("server", "start")
+    assert process.stdout.readline() == b"serving\n"
+    process.send_signal(number)
+    out, err = process.communicate(timeout=30)  # the end of both: the server is gone as well
+    assert (process.returncode, out, err) == (-number, b"", b"")
