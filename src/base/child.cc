@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "base/error.h"
+#include "base/hangup.h"
 
 namespace zv {
 namespace {
@@ -116,9 +117,10 @@ Child::Child(const std::vector<std::string>& command, const std::vector<Stream>&
     containers.push_back(container);
   }
 
+  const std::vector<std::string> words = with_hangups_as_here(command);
   std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.reserve(words.size() + 1);
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   uv_process_options_t options{};
   options.file = arguments[0];

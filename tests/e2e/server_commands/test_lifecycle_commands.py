@@ -1,5 +1,6 @@
 """The commands that hand their work to the engine's server operations: options, order, texts."""
 
+import os
 import signal
 import subprocess
 
@@ -247,3 +248,21 @@ def test_a_server_whose_program_was_ended_ends_without_a_word(zv, number):
     process.send_signal(number)
     out, err = process.communicate(timeout=30)  # the end of both: the server is gone as well
     assert (process.returncode, out, err) == (-number, b"", b"")
+
+
+def test_a_server_that_nohup_started_outlives_the_terminal(zv):
+    zv.server_script(
+        "\nimport os, time\n\ndef start_server(**keywords):\n"
+        "    print('serving', flush=True)\n"
+        "    while not os.path.exists('stop'):\n        time.sleep(0.02)\n"
+        "    print('stopped')\n"
+    )
+    process = zv.popen(
+        "server", "start", start_new_session=True,
+        preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN),
+    )  # fmt: skip
+    assert process.stdout.readline() == b"serving\n"
+    os.killpg(process.pid, signal.SIGHUP)
+    (zv.folder / "stop").touch()
+    out, err = process.communicate(timeout=30)
+    assert (process.returncode, out, err) == (0, b"stopped\n", b"")

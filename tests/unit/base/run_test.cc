@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "base/error.h"
 #include "base/unicode.h"
 
@@ -34,6 +36,15 @@ TEST(RunCaptured, MakesTextOfAnyBytes) {
 TEST(RunCaptured, TellsTheSignal) {
   EXPECT_EQ(shell("kill -9 $$").exit.text(), "signal 9");
   EXPECT_EQ(shell("exit 4").exit.text(), "exit status 4");
+}
+
+TEST(RunCaptured, LetsTheChildIgnoreHangupsWhenWeDo) {
+  EXPECT_EQ(shell("kill -HUP $$; echo went on").exit.text(), "signal 1");
+  const auto before = std::signal(SIGHUP, SIG_IGN);
+  const Completed done = shell("kill -HUP $$; echo went on");
+  std::signal(SIGHUP, before);
+  EXPECT_EQ(done.out, "went on\n");
+  EXPECT_TRUE(done.exit.success());
 }
 
 TEST(RunCaptured, SaysWhenAProgramCannotBeStarted) {
