@@ -4,6 +4,7 @@ import os
 import signal
 import socket
 
+import pytest
 from conftest import Server, free_port, wait_until
 
 
@@ -44,6 +45,16 @@ def test_a_restart_that_could_not_succeed_stops_nothing(server):
         holder.listen()
         busy = holder.getsockname()[1]
         assert home.call("restart_server", port=busy).returncode == 1
+    assert server.alive()
+
+
+@pytest.mark.parametrize("host", ["no-such-host.invalid", "192.0.2.1"])
+@pytest.mark.parametrize("operation", ["restart_server", "upgrade_server"])
+def test_an_address_that_nobody_can_listen_on_stops_nothing(server, operation, host):
+    done = server.home.call(operation, host=host)
+    assert done.returncode == 1
+    assert f"Cannot listen on {host}: " in done.stderr.splitlines()[-1]
+    assert done.stdout == ""
     assert server.alive()
 
 

@@ -36,13 +36,18 @@ def check_free(host: str, port: int) -> None:
     listen(host, port).close()
 
 
+def check_address(host: str) -> None:
+    """Raise PortProblem when this is no address of this machine, whatever port it is for."""
+    listen(host, 0).close()
+
+
 def _explain(host: str, port: int, error: OSError) -> str:
     import errno
 
     if error.errno == errno.EACCES:
         return f"Port {port} needs more rights than you have; choose one above 1023 with --port"
     if error.errno != errno.EADDRINUSE:
-        return f"Cannot listen on {host}:{port}: {error.strerror}"
+        return f"Cannot listen on {f'{host}:{port}' if port else host}: {error.strerror}"
     for instance in running_instances():
         if instance.port == port:
             stop = f"stop it with: zv-anpr server stop --port {port}"

@@ -2,9 +2,10 @@
 
 from collections.abc import Sequence
 
+from ..config.settings import Settings
 from .inspection import preferred
 from .options import StartOptions, require_token, resolve
-from .ports import check_free
+from .ports import check_address, check_free
 from .records import Instance, running_instances
 from .start import start, start_detached
 from .stop import stop_instance
@@ -26,6 +27,16 @@ def restart(host: str | None, port: int | None, threads: int | None) -> None:
 
 def restart_instance(instance: Instance, changes: StartOptions) -> None:
     """Stop one server and start it again with the changes. Raises RuntimeError, ConfigError."""
+    settings = planned(instance, changes)
+    stop_instance(instance)
+    start_detached(settings)
+
+
+def planned(instance: Instance, changes: StartOptions) -> Settings:
+    """Return what a server would be started again with.
+
+    Raises RuntimeError or ConfigError with one line when it could not be.
+    """
     options = StartOptions(
         changes.host or instance.host,
         instance.port if changes.port is None else changes.port,
@@ -36,8 +47,9 @@ def restart_instance(instance: Instance, changes: StartOptions) -> None:
     require_token(settings.server.host)
     if settings.server.port != instance.port:
         check_free(settings.server.host, settings.server.port)
-    stop_instance(instance)
-    start_detached(settings)
+    else:  # the port itself is the running server's
+        check_address(settings.server.host)
+    return settings
 
 
 def _chosen(found: Sequence[Instance], port: int | None) -> Instance:

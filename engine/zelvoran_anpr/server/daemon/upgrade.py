@@ -6,7 +6,7 @@ import sys
 
 from .options import StartOptions
 from .records import running_instances
-from .restart import restart_instance
+from .restart import planned, restart_instance
 
 _DISTRIBUTION = "zelvoran-anpr"
 
@@ -20,9 +20,12 @@ def upgrade(host: str | None, port: int | None, pip_args: str | None) -> None:
     found = running_instances()
     if len(found) > 1 and (host or port):
         raise RuntimeError("Several servers are running; --host and --port would move them all")
+    changes = StartOptions(host, port)
+    for instance in found:  # a mistake is told before anything is installed
+        planned(instance, changes)
     _install(pip_args)
     for instance in found:
-        restart_instance(instance, StartOptions(host, port))
+        restart_instance(instance, changes)
     if not found:
         print("No ANPR server was running; start one with: zv-anpr server start --daemon")
 
