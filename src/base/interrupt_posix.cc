@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 
 #include "base/error.h"
@@ -6,13 +7,15 @@
 namespace zv {
 namespace {
 
-// A signal handler can reach nothing but variables of static storage.
-volatile std::sig_atomic_t interrupts = 0;
-volatile std::sig_atomic_t from_terminal = 0;
+// A signal handler can reach nothing but static storage, and runs on whichever thread is there.
+std::atomic<int> interrupts = 0;
+std::atomic<bool> from_terminal = false;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+              "a signal handler may not wait for a lock");
 
 void count(int, siginfo_t* info, void*) {
-  from_terminal = info->si_pid == 0 ? 1 : 0;  // no process sent it
-  interrupts = interrupts + 1;
+  from_terminal = info->si_pid == 0;  // no process sent it
+  ++interrupts;
 }
 
 }  // namespace
@@ -35,13 +38,11 @@ int pending_interrupts() {
 }
 
 int take_interrupts() {
-  const int taken = interrupts;
-  interrupts = 0;
-  return taken;
+  return interrupts.exchange(0);
 }
 
 bool interrupted_by_terminal() {
-  return from_terminal != 0;
+  return from_terminal;
 }
 
 void check_interrupt() {
