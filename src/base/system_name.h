@@ -1,4 +1,4 @@
-// The names of the operating system and of the machine, as the engine's language knows them.
+// The name of the operating system, as the engine's language knows it.
 #pragma once
 
 #include <string>
@@ -7,7 +7,5 @@ namespace zv {
 
 // "Linux", "Darwin", "Windows", ...
 std::string system_name();
-// "x86_64", "aarch64", "arm64", "AMD64", ...
-std::string machine_name();
 
 }  // namespace zv

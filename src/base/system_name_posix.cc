@@ -9,9 +9,4 @@ std::string system_name() {
   return uname(&name) == 0 ? name.sysname : "";
 }
 
-std::string machine_name() {
-  utsname name{};
-  return uname(&name) == 0 ? name.machine : "";
-}
-
 }  // namespace zv

@@ -124,7 +124,9 @@ class Setup {
   void print_note(const python::Object& info) {
     if (!info.contains("note")) return;
     const python::Object note = info.item("note");
-    if (note.truthy()) out_ << "     note: " << note.text() << "\n";
+    if (!note.truthy()) return;
+    const std::string text = note.text();
+    out_ << "     note: " << text << "\n";
   }
 
   void print_manual_install() {

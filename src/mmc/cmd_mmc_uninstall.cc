@@ -100,8 +100,8 @@ class Removal {
     for (const Target& target : existing) {
       const Value size = module.folder_size.call({target.path});
       total = add.call({total, size});
-      out_ << "   • " << target.label << ": " << target.path.text() << "  (" << _fmt_size(size)
-           << ")\n";
+      const std::string line = target.path.text() + "  (" + _fmt_size(size) + ")\n";
+      out_ << "   • " << target.label << ": " << line;
     }
     out_ << "   Total to free: " << _fmt_size(total) << "\n";
   }

@@ -41,10 +41,11 @@ class Host:
         return self.next_id - 1
 
     def load(self, module, name):
-        loaded = __import__(module, fromlist=[name] if name else ["__name__"])
-        if not name or hasattr(loaded, name):
-            return getattr(loaded, name) if name else loaded
-        raise ImportError(f"cannot import name {name!r} from {module!r}")
+        if not name:
+            return __import__(module, fromlist=["__name__"])
+        names = {}
+        exec(f"from {module} import {name}", names)  # fails in the interpreter's own words
+        return names[name]
 
 
 def hello(host, names):

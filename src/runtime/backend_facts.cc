@@ -14,9 +14,10 @@ std::optional<Probe> started_if_importable(Engine& engine, const std::string& mo
   return Probe(engine, module);
 }
 
-std::string first_text(Probe& probe) {
+std::optional<std::string> first_text(Probe& probe) {
   const List& answers = probe.answers();
-  return answers.empty() ? std::string() : plain_text(answers[0]);
+  if (answers.empty()) return std::nullopt;
+  return plain_text(answers[0]);
 }
 
 void add_runtime(BackendFacts& facts, const List& answers) {
@@ -64,9 +65,7 @@ BackendFacts gather_facts(Engine& engine) {
   add_runtime(facts, runtime.answers());
   if (facts.lists("CUDAExecutionProvider")) facts.cuda_version = cuda_version(engine, torch);
   torch.reset();
-  if (facts.providers && tensorrt && !tensorrt->answers().empty()) {
-    facts.tensorrt = plain_text(tensorrt->answers()[0]);
-  }
+  if (facts.providers && tensorrt) facts.tensorrt = first_text(*tensorrt);
   return facts;
 }
 

@@ -12,7 +12,7 @@
 namespace zv::runtime {
 
 struct BackendFacts {
-  std::string pillow;  // its version; empty when it could not be told
+  std::optional<std::string> pillow;  // its version, when it could be told
   bool runtime_imports = false;
   std::string runtime_version;
   std::optional<std::vector<std::string>> providers;  // nothing: they cannot be listed

@@ -15,7 +15,7 @@ class Report {
 
   void print() {
     section("\n📊 Image Backend:");
-    out_ << "Pillow: " << (facts_.pillow.empty() ? "installed" : facts_.pillow) << "\n";
+    out_ << "Pillow: " << facts_.pillow.value_or("installed") << "\n";
     section("\n🚀 Model Backend Support (V14–V16):");
     cpu();
     cuda();

@@ -1,8 +1,8 @@
 #include "runtime/cmd_gpu_info.h"
 
-#include "base/system_name.h"
 #include "runtime/backend_facts.h"
 #include "runtime/backend_report.h"
+#include "runtime/platform_names.h"
 
 namespace zv::runtime {
 
@@ -10,7 +10,8 @@ void cmd_gpu_info(const Args&, Session& session) {
   session.out << "Zelvoran ANPR System Information\n"
               << std::string(50, '=') << "\n"
               << "\n📦 Package Version: " << session.engine.version() << "\n";
-  print_backend_report(gather_facts(session.engine), system_name(), session.out);
+  const BackendFacts facts = gather_facts(session.engine);
+  print_backend_report(facts, system_name(session.engine), session.out);
 }
 
 }  // namespace zv::runtime

@@ -3,9 +3,9 @@
 #include <string>
 
 #include "base/error.h"
-#include "base/system_name.h"
 #include "runtime/distributions.h"
 #include "runtime/package_switch.h"
+#include "runtime/platform_names.h"
 #include "runtime/switch_note.h"
 #include "runtime/targets.h"
 
@@ -46,7 +46,8 @@ bool change_packages(const std::string& target, const SwitchNote& note, Session&
 bool cmd_gpu_setup(const Args& args, Session& session) {
   const std::string target = args.text("gpu_target", "cuda");
   session.out << "\nZelvoran ANPR — GPU Setup (" << target << ")\n" << std::string(50, '=') << "\n";
-  const auto [supported, reason] = _gpu_target_supported(target, system_name(), machine_name());
+  const auto [supported, reason] =
+      _gpu_target_supported(target, system_name(session.engine), machine_name(session.engine));
   if (!supported) {
     session.out << "\n✗ " << reason << "\n";
     return false;

@@ -39,7 +39,7 @@ def cuda_runtime():
 def tensorrt():
     import tensorrt as library
 
-    yield str(getattr(library, "__version__", "unknown"))
+    yield str(getattr(library, "__version__", None) or "unknown")
 
 
 def main():

@@ -90,6 +90,11 @@ class Program:
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, encoding="utf-8")
 
+    def pretend(self, system: str, machine: str) -> None:
+        """Another operating system and machine, as far as every interpreter started can tell."""
+        names = f"platform.system = lambda: {system!r}\nplatform.machine = lambda: {machine!r}\n"
+        (self.engine_folder / "sitecustomize.py").write_text(f"import platform\n{names}")
+
     def script(self, text: str) -> None:
         """What the engine does: a module with `answer(path)`."""
         self.engine_file("_script.py", text)

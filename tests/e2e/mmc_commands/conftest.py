@@ -62,7 +62,8 @@ class LocalModule:
         self.zv = zv
         self.bin = zv.folder / "llama"
         self.model = zv.folder / "vlm"
-        zv.engine_file("zelvoran_anpr_mmc_local.py", LOCAL)
+        self.file = zv.engine_folder / "zelvoran_anpr" / "zelvoran_anpr_mmc_local.py"
+        self.file.write_text(LOCAL)
         self.script("")
 
     def script(self, changes: str) -> None:

@@ -77,6 +77,20 @@ def test_a_note_is_shown(ready):
     )
 
 
+def test_a_note_that_cannot_be_shown_leaves_no_half_line(ready):
+    ready.script(
+        "class Note:\n    def __str__(self):\n        raise ValueError('no text')\n"
+        "def download_server_bin(variant, tag):\n"
+        "    return {'variant': 'cpu', 'path': 'p', 'note': Note()}"
+    )
+    assert ready.zv("mmc-setup").out == (
+        BEFORE_SERVER
+        + "   ✓ llama-server ready (cpu): p\n   ✗ auto-install failed: no text\n"
+        + MANUAL
+        + NOT_READY
+    )
+
+
 @pytest.mark.parametrize("extra", ["", ", 'note': None", ", 'note': ''"])
 def test_no_note_no_line(ready, extra):
     ready.script(
@@ -123,7 +137,7 @@ def test_the_client_cannot_be_installed(local):
 
 
 def test_no_local_module(ready):
-    (ready.zv.engine_folder / "zelvoran_anpr" / "zelvoran_anpr_mmc_local.py").unlink()
+    ready.file.unlink()
     status, out, _ = ready.zv("mmc-setup")
     assert (status, out) == (
         0,
@@ -135,9 +149,10 @@ def test_no_local_module(ready):
 @pytest.mark.parametrize("name", ["ensure_models", "_server_bin_runs", "download_server_bin"])
 def test_a_name_is_missing_from_the_module(ready, name):
     ready.script(f"del {name}")
-    out = ready.zv("mmc-setup").out
-    assert out.startswith(HEAD + THERE + "\n✗ Local MMC module unavailable: cannot import name ")
-    assert name in out
+    assert ready.zv("mmc-setup").out == (
+        HEAD + THERE + f"\n✗ Local MMC module unavailable: cannot import name {name!r} from "
+        f"'zelvoran_anpr.zelvoran_anpr_mmc_local' ({ready.file})\n"
+    )
     assert ready.calls() == []
 
 

@@ -151,7 +151,7 @@ def test_ctrl_c_at_the_prompt_is_no(both, typed):
 
 
 def test_no_module(local):
-    (local.zv.engine_folder / "zelvoran_anpr" / "zelvoran_anpr_mmc_local.py").unlink()
+    local.file.unlink()
     assert tuple(local.zv("mmc-uninstall", "-y")) == (
         0,
         HEAD + "\n✗ Local MMC module unavailable: "
@@ -162,7 +162,10 @@ def test_no_module(local):
 
 def test_a_name_is_missing(both):
     both.script("del remove_models")
-    assert "\n✗ Local MMC module unavailable: " in both.zv("mmc-uninstall", "-y").out
+    assert both.zv("mmc-uninstall", "-y").out == (
+        HEAD + "\n✗ Local MMC module unavailable: cannot import name 'remove_models' from "
+        f"'zelvoran_anpr.zelvoran_anpr_mmc_local' ({both.file})\n"
+    )
     assert both.calls() == []
 
 
@@ -177,6 +180,13 @@ def test_a_size_that_cannot_be_told_is_an_error(both):
     both.script("def _dir_size(path):\n    raise OSError('gone')")
     status, out, _ = both.zv("mmc-uninstall", "-y")
     assert (status, out) == (1, HEAD + "\nWill remove:\nError: gone\n")
+
+
+def test_a_size_that_cannot_be_shown_leaves_no_half_line(both):
+    both.script("def _dir_size(path):\n    return 10**400")
+    status, out, _ = both.zv("mmc-uninstall", "-y")
+    assert status == 1
+    assert out.startswith(HEAD + "\nWill remove:\nError: ")
 
 
 @pytest.mark.parametrize("answer, key", [("{}", "removed"), ("{'removed': True}", "freed_bytes")])

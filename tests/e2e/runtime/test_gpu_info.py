@@ -41,6 +41,7 @@ Available models: V17
 )
 CPU = "CPUExecutionProvider"
 CUDA = "CUDAExecutionProvider"
+DIRECTML = "DmlExecutionProvider"
 TENSORRT = "TensorrtExecutionProvider"
 TORCH = """
 class cuda:
@@ -124,6 +125,14 @@ Backends ready: cpu, cuda, tensorrt
 💡 Tips:
 """
     )
+
+
+@pytest.mark.parametrize(
+    "version, shown", [("'11.0'", "11.0"), ("''", ""), ("'ü'", "ü"), ("1 / 0", "installed")]
+)
+def test_the_image_librarys_version(environment, version, shown):
+    environment.module("PIL", f"__version__ = {version}")
+    assert environment.line("Pillow") == f"Pillow: {shown}"
 
 
 @pytest.mark.parametrize("version", ["", None])
@@ -222,13 +231,60 @@ def test_nobody_knows_the_cuda_version(environment):
     assert line == "✅ CUDA (GPU acceleration available)"
 
 
-def test_tensorrt_that_the_runtime_does_not_use(environment):
+@pytest.mark.parametrize("text", ["", "__version__ = None", "__version__ = ''"])
+def test_tensorrt_that_the_runtime_does_not_use(environment, text):
     environment.runtime(CPU)
-    environment.module("tensorrt", "")
+    environment.module("tensorrt", text)
     assert (
         "\n   ⚠️  TensorRT unknown installed but not in ONNX Runtime\n"
         "   💡 Install: pip install onnxruntime-gpu\n"
     ) in environment.report()
+
+
+@pytest.mark.parametrize(
+    "providers, line, ready, tips",
+    [
+        (
+            ["DmlExecutionProvider", CPU],
+            "✅ DirectML (Windows GPU acceleration)",
+            "cpu, directml",
+            "",
+        ),
+        (
+            [CPU],
+            "❌ DirectML (Not available on Windows)",
+            "cpu",
+            "• For DirectML: zv-anpr gpu-setup directml\n",
+        ),
+    ],
+)
+def test_directml_on_windows(environment, providers, line, ready, tips):
+    environment.zv.pretend("Windows", "AMD64")
+    environment.runtime(*providers)
+    out = environment.report()
+    assert f"\n❌ CUDA (Not available)\n{line}\n❌ TensorRT (Not available)\n" in out
+    assert out.endswith(f"\nBackends ready: {ready}\n\n💡 Tips:\n{tips}")
+
+
+def test_windows_without_a_runtime(environment):
+    environment.zv.pretend("Windows", "AMD64")
+    out = environment.report()
+    assert (
+        "\n❌ CUDA (Cannot check)\n❌ DirectML (Cannot check)\n❌ TensorRT (Cannot check)\n" in out
+    )
+    assert out.endswith(
+        "\n💡 Tips:\n• Install onnxruntime: pip install onnxruntime\n"
+        "• For DirectML: zv-anpr gpu-setup directml\n"
+    )
+
+
+@pytest.mark.parametrize("system", ["Darwin", "FreeBSD", "windows", ""])
+def test_directml_elsewhere(environment, system):
+    environment.zv.pretend(system, "arm64")
+    environment.runtime(DIRECTML)
+    out = environment.report()
+    assert "\n⚠️  DirectML (Windows only)\n" in out
+    assert out.endswith("\nBackends ready: cpu\n\n💡 Tips:\n")
 
 
 def test_modules_of_the_working_folder_are_not_asked(environment):
