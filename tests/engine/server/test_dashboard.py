@@ -83,6 +83,16 @@ def test_a_page_without_a_session_leads_to_the_sign_in(chromium, server):
     chromium.get_log("browser")  # the refusals above were meant
 
 
+def test_the_link_signs_in_with_a_token_of_signs(chromium, home):
+    token = "c2l+nbg/==&t=x%41#z"
+    (home.config_dir / "api_token").write_text(token)
+    url = home.start().url
+    chromium.get("about:blank")
+    chromium.get(f"{url}/login#t={token}")
+    wait_until(lambda: chromium.current_url == f"{url}/", 20)
+    chromium.get_log("browser")
+
+
 def test_the_link_leaves_no_token_where_scripts_or_history_find_it(browser, server):
     assert server.home.token() not in browser.current_url
     assert browser.execute_script("return document.cookie") == ""

@@ -47,6 +47,19 @@ def test_an_empty_token_file_counts_as_none(token_file):
     assert ensure_api_token() == local_api_token()
 
 
+@pytest.mark.parametrize("data", [b"\xff\xfe", b"one\ntwo", b"a b", "t\u00f6k".encode(), b"a\0b"])
+def test_a_token_that_no_header_can_carry_is_told_with_the_way_out(token_file, data):
+    token_file.parent.mkdir()
+    token_file.write_bytes(data)
+    for operation in (local_api_token, ensure_api_token):
+        with pytest.raises(ValueError) as refused:
+            operation()
+        assert str(refused.value) == (
+            f"{token_file} holds no token; make a new one with: zv-anpr server token --rotate"
+        )
+    assert ensure_api_token(rotate=True) == local_api_token()
+
+
 def test_two_first_users_at_once_get_the_same_token():
     with ThreadPoolExecutor(8) as pool:
         tokens = set(pool.map(lambda _: ensure_api_token(), range(32)))

@@ -12,18 +12,25 @@ _BYTES = 32
 
 
 def local_api_token() -> str | None:
-    """Return the API token of this user, or None when there is none yet. Raises OSError."""
+    """Return the API token of this user, or None when there is none yet.
+
+    Raises OSError, and ValueError with one line when the file holds what no request could carry.
+    """
     try:
-        text = _path().read_text(encoding="utf-8").strip()
+        text = _path().read_bytes().decode("ascii", "replace").strip()
     except FileNotFoundError:
         return None
+    if not all("!" <= character <= "~" for character in text):
+        advice = "make a new one with: zv-anpr server token --rotate"
+        raise ValueError(f"{_path()} holds no token; {advice}")
     return text or None
 
 
 def ensure_api_token(rotate: bool = False) -> str:
     """Return the API token, creating it when there is none; `rotate` replaces it by a new one.
 
-    The file is made readable by its owner only, whatever its mode was. Raises OSError.
+    The file is made readable by its owner only, whatever its mode was. Raises OSError, and
+    ValueError when the file holds something else.
     """
     if rotate:
         return _create()

@@ -26,7 +26,7 @@ function attempt(token) {
 }
 
 function fromLink() {
-  const token = new URLSearchParams(location.hash.slice(1)).get("t");
+  const token = /^#t=(.+)$/.exec(location.hash)?.[1]; // as it stands: nothing in it is encoded
   if (!token) return;
   history.replaceState(null, "", location.pathname); // the token is not left in the address
   attempt(token);
