@@ -6,6 +6,7 @@
 #endif
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -20,11 +21,12 @@ namespace {
 
 constexpr std::array<int, 2> ENDING = {SIGTERM, SIGHUP};
 
-// A signal handler can reach nothing but variables of static storage.
-volatile std::sig_atomic_t child_to_end = 0;
+// A signal handler can reach nothing but variables of static storage, and runs on any thread.
+std::atomic<pid_t> child_to_end = 0;
 
 void end_with_child(int number) {
-  if (child_to_end != 0) kill(child_to_end, number);
+  const pid_t child = child_to_end;
+  if (child != 0) kill(child, number);
   std::signal(number, SIG_DFL);
   std::raise(number);
 }
