@@ -14,7 +14,9 @@ export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$JOBS}
 # The environment of the caller must not choose what is tested.
 unset ZV_ANPR_EXE ZV_ANPR_TEST_TOOLS ZV_ANPR_PYTHON ZELVORAN_CONFIG_DIR PYTHONPATH
 
-install_packages() { ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" && ensure_browser; }
+install_packages() {
+  ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" && ensure_browser && ensure_localhost
+}
 
 install_wheel() { ensure_environment "$VENV" && ensure_installed "$VENV" '.[dev]'; }
 

@@ -51,3 +51,7 @@ ensure_browser() {
     echo "No Chromium and chromedriver on PATH: the tests of the dashboard will be skipped."
   fi
 }
+
+# A system without a table of hosts does not know the name localhost, by which servers, browsers and
+# their drivers are reached.
+ensure_localhost() { getent hosts localhost >/dev/null || ensure_packages libnss-myhostname; }
