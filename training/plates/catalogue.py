@@ -6,7 +6,7 @@ from . import designs_america, designs_asia, designs_europe
 from .design import Design
 
 ALL = (*designs_europe.DESIGNS, *designs_america.DESIGNS, *designs_asia.DESIGNS)
-SHARES = {"eup": 0.38, "na": 0.25, "sa": 0.14, "cn": 0.08, "kr": 0.07, "jp": 0.08}
+SHARES = {"eup": 0.36, "na": 0.28, "sa": 0.16, "cn": 0.07, "kr": 0.06, "jp": 0.07}
 
 _BY_GROUP = {group: [d for d in ALL if d.group == group] for group in SHARES}
 

@@ -132,6 +132,7 @@ DESIGNS = (
     Design("eup", "lk", ("LL LLL-DDDD", "LLL-DDDD"), 0.5, palettes=(BLACK_ON_WHITE,
            BLACK_ON_YELLOW)), Design("eup", "pk", ("LLL-DDD", "LL-DDDD"), 0.6, aspect=3.0,
            palettes=(BLACK_ON_WHITE, BLACK_ON_YELLOW, (GREEN, WHITE)), footer=("PUNJAB", "SINDH")),
-    Design("eup", "xx", ("XXXXXX", "XXXXXXX", "XXXX", "XXX XXX", "DDDDDD", "LLLLLL"), 2, aspect=4,
+    Design("eup", "xx", ("XXXXXX", "XXXXXXX", "LLLLXLL", "LLXLLXLL", "XXXX", "XXX XXX", "DDDDDD",
+           "LLLLLL", "LLLLLLL"), 2.5, aspect=4,
            palettes=(BLACK_ON_WHITE, (YELLOW, BLACK), (RED, WHITE), (GREEN, WHITE), (BLUE, WHITE))),
 )  # fmt: skip

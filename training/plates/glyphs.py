@@ -4,21 +4,27 @@ from functools import lru_cache
 
 from PIL import Image, ImageDraw, ImageFilter, ImageFont
 
+from . import strokes
+
 CAP_HEIGHT = 64  # pixels of a mask
 
 
-@lru_cache(maxsize=8192)
+@lru_cache(maxsize=32768)
 def glyph(font_file: str, character: str, weight: int = 0) -> Image.Image:
     """Return an 8-bit mask, CAP_HEIGHT high; `weight` in pixels thickens its strokes.
+
+    `font_file` may be the name of a die of `strokes`.
 
     Latin masks are cut to their ink; other scripts keep their square, so that kana keep their
     place in it, and their weight, since they are dense enough.
     """
-    font = _font(font_file)
-    if not character.isascii():
-        return _square(font, character)
-    drawn = _drawn(font, character)
-    mask = drawn.resize((drawn.width, CAP_HEIGHT), Image.Resampling.BILINEAR)
+    if strokes.is_die(font_file):
+        mask = strokes.draw(font_file, character, CAP_HEIGHT)
+    elif not character.isascii():
+        return _square(_font(font_file), character)
+    else:
+        drawn = _drawn(_font(font_file), character)
+        mask = drawn.resize((drawn.width, CAP_HEIGHT), Image.Resampling.BILINEAR)
     if weight > 0:
         return mask.filter(ImageFilter.MaxFilter(2 * weight + 1))
     return mask.filter(ImageFilter.MinFilter(1 - 2 * weight)) if weight else mask

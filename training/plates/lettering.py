@@ -5,11 +5,13 @@ from random import Random
 
 from PIL import Image, ImageDraw
 
+from . import strokes
 from .design import Design
 from .glyphs import CAP_HEIGHT, glyph
 from .text import Sign
 
 _WIDTHS = {"gap": 0.42, "dash": 0.42, "dot": 0.3, "seal": 0.62, "bar": 0.4}  # in row heights
+_STROKES = 0.45  # share of plates whose letters no font has
 _WEIGHTS = (0, 0, 0, 1, 1, 2, 3, -1)  # pixels by which strokes are thicker in a glyph's mask
 
 
@@ -34,13 +36,7 @@ def set_rows(
     design: Design, rows: list[list[Sign]], size: tuple[int, int], fonts: dict, rng: Random
 ) -> Lettering:
     """Set the rows one below the other into the design's text box on a plate of `size` pixels."""
-    style = _Style(
-        rng.choice(fonts[design.fonts]),
-        rng.choice(fonts[design.script]),
-        rng.uniform(0.1, 0.26),
-        rng.choice((rng.uniform(0.8, 1.1), rng.uniform(1.0, 1.6))),
-        rng.choice(_WEIGHTS),
-    )
+    style = _style(design, fonts, rng)
     result = Lettering(Image.new("L", size), [])
     left, top, right, bottom = (
         share * length for share, length in zip(design.text_box, size * 2, strict=True)
@@ -55,6 +51,17 @@ def set_rows(
         _set_row(result, row, style, (left, top, right, top + height), rng)
         top += height + gap
     return result
+
+
+def _style(design: Design, fonts: dict, rng: Random) -> _Style:
+    drawn = rng.random() < _STROKES
+    return _Style(
+        strokes.die(design.fonts, rng) if drawn else rng.choice(fonts[design.fonts]),
+        rng.choice(fonts[design.script]),
+        rng.uniform(0.1, 0.26),
+        rng.choice((rng.uniform(0.8, 1.1), rng.uniform(1.0, 1.6))),
+        rng.choice((0, 0, 0, 1, -1) if drawn else _WEIGHTS),
+    )
 
 
 def _set_row(result: Lettering, row: list[Sign], style: _Style, box: tuple, rng: Random) -> None:

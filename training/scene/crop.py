@@ -14,7 +14,7 @@ from .mounting import mount
 from .signs import draw_sign
 
 WIDTH, HEIGHT = 192, 64  # pixels of the reader's input
-_DETAIL = (11, 62)  # heights of a plate on the photo in pixels
+_DETAIL = (12, 64)  # heights of a plate on the photo in pixels
 
 _SIGNS = 0.04  # share of samples that are no plates
 
@@ -77,7 +77,7 @@ def _reduced(scene: Image.Image, plate: np.ndarray, scale: float):
 def _any_detail(rng: Random, face: Face) -> float:
     low, high = _DETAIL
     rows = 1.5 if face.design.aspect < 2.4 else 1.0  # taller plates show more pixels
-    return rows * low * (high / low) ** rng.random() * (1.6 if rng.random() < 0.1 else 1.0)
+    return rows * low * (high / low) ** rng.random() ** 0.8 * (1.6 if rng.random() < 0.1 else 1.0)
 
 
 def straighten(shot: Shot, rng: Random | None = None) -> Image.Image:
