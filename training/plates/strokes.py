@@ -83,7 +83,9 @@ def draw(name: str, character: str, height: int) -> Image.Image:
         pen.line(points, fill=255, width=round(thick), joint="curve")
         for end, before in () if path.startswith("@") else (points[:2], points[:-3:-1]):
             _finish(pen, end, before, thick / 2, die.round_ends)
-    return mask.resize((max(1, round(mask.width / _OVER)), height), Image.Resampling.BOX)
+    left, _, right, _ = mask.getbbox()
+    ink = mask.crop((left, 0, right, high))
+    return ink.resize((max(1, round(ink.width / _OVER)), height), Image.Resampling.BOX)
 
 
 def _finish(pen: ImageDraw.ImageDraw, end: tuple, before: tuple, half: float, is_round: bool):
