@@ -25,9 +25,9 @@ SHARD = 4096  # samples
 _QUALITY = 93
 
 
-def render(number: int, fonts: dict, seed: int) -> tuple[bytes, list[int], int]:
-    """Return sample `number` as (JPEG, classes, region index or -1)."""
-    picture, text, group = sample(fonts, Random(f"{seed}:{number}"))
+def render(number: int, fonts: dict, seed: int, group: str = "") -> tuple[bytes, list[int], int]:
+    """Return sample `number` as (JPEG, classes, region index or -1); `group` as in `sample`."""
+    picture, text, group = sample(fonts, Random(f"{seed}:{number}"), group)
     file = io.BytesIO()
     Image.fromarray(picture).save(file, "JPEG", quality=_QUALITY, subsampling=0)
     return file.getvalue(), encode(text), GROUPS.index(group) if group else -1
@@ -91,12 +91,13 @@ def main() -> None:
     parser.add_argument("--max-gb", type=float, default=4)
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--group", default="", choices=("", *GROUPS), help="plates of one group")
     args = parser.parse_args()
     args.out.mkdir(parents=True, exist_ok=True)
-    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed)
+    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed, group=args.group)
     with Pool(args.workers) as pool:
         for shard in range(-(-args.samples // SHARD)):
-            path = args.out / f"shard-{shard:05}.npz"
+            path = args.out / f"shard-{args.seed:03}-{shard:05}.npz"
             if sum(f.stat().st_size for f in args.out.glob("*.npz")) > args.max_gb * 1e9:
                 break
             if not path.exists():

@@ -48,3 +48,8 @@ def test_a_folder_without_shards_is_named(tmp_path):
     pytest.importorskip("torch")
     with pytest.raises(FileNotFoundError, match="training.shards"):
         next(shards.stored_batches(tmp_path, 4, seed=1, first=0))
+
+
+def test_one_group_can_be_asked_for(fonts):
+    regions = {shards.render(number, fonts, 1, "na")[2] for number in range(12)}
+    assert alphabet.GROUPS.index("na") in regions <= {alphabet.GROUPS.index("na"), -1}

@@ -19,7 +19,8 @@ def _us(state: str, patterns: str, slogans: str = "", weight: float = 1.0, **loo
         "aspect": 2.0, "box": _US_BOX, "fonts": "die", "letters": _SERIES,
         "palettes": _US_PALETTES, "header": (state, state, state.upper()),
         "footer": ("", *slogans.split("|")), "stickers": 0.7, "screws": (0.08, 0.92),
-        "pictures": 0.45, "seals": ("map", "square", "dot", "space", "block"), "border": 0.3,
+        "pictures": 0.45, "border": 0.3,
+        "seals": ("map", "square", "dot", "space", "year", "emblem", "emblem"),
     }  # fmt: skip
     return Design("na", "us", tuple(patterns.split(",")), weight, **{**defaults, **look})
 
@@ -48,7 +49,7 @@ DESIGNS = (
     _us("California", "DLLLDDD,DLLLDDD,DDDDDLD,DLDDDDD", "dmv.ca.gov", 4, palettes=((WHITE, _NAVY),
         (WHITE, BLACK), ((236, 236, 240), (50, 60, 130))), pictures=0.1),
     _us("Missouri", "LLD*LDL,LLD*LDL,DLL*DDD", "Show-Me State", 3,
-        seals=("block", "block", "map", "square", "space")),
+        seals=("year", "year", "year", "map", "square", "space")),
     _us("Texas", "LLL*DDDD,LLD*LDDD,DDL*LDD", "The Lone Star State", 2),
     _us("New York", "LLL*DDDD", "Empire State|EXCELSIOR", 1.5),
     _us("Florida", "LLL*LDD,DDD*LLL,LDD*DLL,LLLL DD", "Sunshine State|MyFlorida.com", 1.5),
@@ -79,7 +80,8 @@ DESIGNS = (
     _us("Louisiana", "DDD LLL", "Sportsman's Paradise", 0.5),
     # Words and mixtures that owners choose, government, dealers, trucks
     _us("", "LLLLLL,LLLLLLL,LLLL,LL LLLL,XXXXXXX,XXXXX,XXXXXX,DDDDDDD,DDDDDD,DDDDL,DDDDD,LDDDDDD,"
-        "LLLLL,DDDDD,LLLLLLLL", "DEALER|U.S. GOVERNMENT|EXEMPT|TRUCK", 3.5,
+        "LLLLL,DDDDD,LLLLLLLL,*LLDDL,*LLLDD,*LLLL,*DDDDL,*DDD,LLL*DDD,"
+        "DDD*LLL,LLL*LDD,DDDD*L", "DEALER|U.S. GOVERNMENT|EXEMPT|TRUCK", 4.5,
         letters="ABCDEFGHIJKLMNOPQRSTUVWXYZ",
         header=("", "Montana", "Delaware", "South Dakota", "Wyoming", "Maine", "Vermont")),
     _us("Ontario", "LLLL*DDD,LLL*DDD", "YOURS TO DISCOVER", 1.2, seals=("map",),

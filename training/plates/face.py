@@ -6,7 +6,7 @@ from random import Random
 import numpy as np
 from PIL import Image, ImageChops, ImageDraw
 
-from . import ornaments
+from . import ornaments, pictures
 from .catalogue import choose
 from .design import WHITE, Colour, Design
 from .lettering import Lettering, set_rows
@@ -61,28 +61,15 @@ def _shade(colour: Colour, rng: Random) -> Colour:
 def _ground(design: Design, size: tuple[int, int], colour: Colour, rng: Random) -> Image.Image:
     plate = Image.new("RGB", size, colour)
     if rng.random() < design.pictures:
-        plate = Image.blend(plate, _faint_picture(size, colour, rng), rng.uniform(0.2, 0.65))
+        ground = pictures.soft_ground(size, colour, rng)
+        plate = Image.blend(plate, ground, rng.uniform(0.2, 0.65))
+    if rng.random() < 0.7 * design.pictures:
+        pictures.drawing(plate, rng)
     for stripe, top in zip(design.stripes, (0.0, 0.9), strict=False):
         high = 0.24 if len(design.stripes) == 1 else 0.07
         area = (0, round(top * size[1]), size[0], round((top + high) * size[1]))
         ImageDraw.Draw(plate).rectangle(area, fill=_shade(stripe, rng))
     return plate
-
-
-def _faint_picture(size: tuple[int, int], colour: Colour, rng: Random) -> Image.Image:
-    """Return a soft gradient or soft spots, as states print behind the characters."""
-    grid = rng.choice(((1, 2), (1, 3), (2, 3), (4, 3), (6, 4)))
-    count = grid[0] * grid[1]
-    small = Image.new("RGB", grid)
-    small.putdata([_tint(colour, rng) if rng.random() < 0.6 else colour for _ in range(count)])
-    return small.resize(size, Image.Resampling.BICUBIC)
-
-
-def _tint(colour: Colour, rng: Random) -> Colour:
-    tone, hue = rng.uniform(-90, 10), rng.choice(((-50, -20, 20), (20, -10, -40), (-30, 10, -20)))
-    return tuple(
-        min(255, max(0, round(c + tone + shift))) for c, shift in zip(colour, hue, strict=True)
-    )
 
 
 def _captions(plate: Image.Image, design: Design, ink: Colour, fonts: dict, rng: Random) -> None:

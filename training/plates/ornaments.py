@@ -4,6 +4,7 @@ from random import Random
 
 from PIL import Image, ImageDraw
 
+from . import pictures
 from .design import BLUE, GREEN, RED, WHITE, YELLOW, Colour, Design
 from .glyphs import line
 
@@ -67,23 +68,10 @@ def seal(plate: Image.Image, box: tuple, kinds: tuple[str, ...], ink: Colour, rn
             draw.line((x - 1, y, x + size * 0.2, y), fill=(60, 40, 40), width=max(1, int(size / 8)))
     elif kind == "dot":
         _disc(draw, x, y, size * 0.2, rng, ink)
-    elif kind == "block":
-        _block(draw, (x, y, right - left, bottom - top), ink, rng)
-
-
-def _block(draw: ImageDraw.ImageDraw, place: tuple, ink: Colour, rng: Random) -> None:
-    """Draw the year's sticker between the characters, as dark as they are and nearly as large."""
-    x, y, wide, high = place
-    y += high * rng.uniform(-0.1, 0.25)
-    half, rise = wide * rng.uniform(0.25, 0.5), high * rng.uniform(0.12, 0.3)
-    fill = _near(rng.choice((ink, ink, *_STICKERS)), rng)
-    draw.rectangle((x - half, y - rise, x + half, y + rise), fill=fill)
-    for _ in range(rng.choice((0, 1, 2, 3))):
-        core = [x + half * rng.uniform(-0.7, 0.7), y + rise * rng.uniform(-0.7, 0.7)]
-        size = rise * rng.uniform(0.1, 0.4)
-        mark = rng.choice((WHITE, ink, YELLOW, RED))
-        draw.rectangle((core[0] - size / 2, core[1] - size, core[0] + size / 2, core[1] + size),
-                       fill=mark)  # fmt: skip
+    elif kind == "year":
+        pictures.year_sticker(plate, box, ink, rng)
+    elif kind == "emblem":
+        pictures.emblem(plate, box, rng)
 
 
 def _disc(draw, x: float, y: float, radius: float, rng: Random, colour: Colour | None = None):

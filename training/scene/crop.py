@@ -107,11 +107,12 @@ def _inexact(quad: np.ndarray, rng: Random) -> np.ndarray:
     return moved + [a * along + b * down for a, b in grow]
 
 
-def sample(fonts: dict, rng: Random) -> tuple[np.ndarray, str, str]:
+def sample(fonts: dict, rng: Random, group: str = "") -> tuple[np.ndarray, str, str]:
     """Return (uint8 HEIGHT x WIDTH x 3, text, region group) of a new plate.
 
-    At times of something that is no plate; text and group are empty then.
+    The plate is one of the group, of any when empty. At times it is something that is no plate;
+    text and group are empty then.
     """
     sign = rng.random() < _SIGNS
-    shot = photographed(draw_sign(fonts, rng), fonts, rng) if sign else shoot(fonts, rng)
+    shot = photographed(draw_sign(fonts, rng), fonts, rng) if sign else shoot(fonts, rng, group)
     return np.asarray(straighten(shot, rng)), shot.face.text, shot.face.design.group
