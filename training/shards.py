@@ -22,6 +22,7 @@ from .fonts import catalogue
 from .scene.crop import sample
 
 SHARD = 4096  # samples
+_MIXED = 8  # shards whose samples are shuffled together
 _QUALITY = 93
 
 
@@ -47,20 +48,26 @@ def write(path: Path, samples: list[tuple[bytes, list[int], int]]) -> None:
     os.replace(draft, path)
 
 
-def read(path: Path) -> Iterator[tuple[np.ndarray, np.ndarray, int]]:
-    """Yield (uint8 H x W x 3, classes, region) of a shard."""
+def read(path: Path) -> list[tuple[bytes, np.ndarray, int]]:
+    """Return (JPEG, classes, region) of a shard's samples."""
     with np.load(path) as shard:
         data, ends = shard["pictures"].tobytes(), shard["ends"]
         classes, regions = shard["classes"], shard["regions"]
     starts = np.concatenate([[0], ends[:-1]])
-    for i, (start, end) in enumerate(zip(starts, ends, strict=True)):
-        yield np.asarray(Image.open(io.BytesIO(data[start:end]))), classes[i], int(regions[i])
+    pictures = [data[start:end] for start, end in zip(starts, ends, strict=True)]
+    return list(zip(pictures, classes, map(int, regions), strict=True))
+
+
+def unpacked(picture: bytes) -> np.ndarray:
+    """Return a stored picture, uint8 H x W x 3."""
+    return np.asarray(Image.open(io.BytesIO(picture)))
 
 
 def stored_batches(folder: Path, batch: int, seed: int, first: int) -> Iterator[tuple]:
     """Yield tensors of the reader's training from shards, in a new order each round, endlessly.
 
-    `first` samples are passed over. Raises FileNotFoundError where no shard is.
+    `first` samples are passed over. Several shards are mixed, since one may hold a single group.
+    Raises FileNotFoundError where no shard is.
     """
     import torch
 
@@ -70,17 +77,17 @@ def stored_batches(folder: Path, batch: int, seed: int, first: int) -> Iterator[
     position = first // SHARD
     while True:
         turn, place = divmod(position, len(files))
-        order = Random(f"{seed}:{turn}").sample(range(len(files)), len(files))
-        samples = list(read(files[order[place]]))
+        order = Random(f"{seed}:{turn}").sample(files, len(files))[place : place + _MIXED]
+        samples = [sample for file in order for sample in read(file)]
         Random(position).shuffle(samples)
         for start in range(0, len(samples) - batch + 1, batch):
             pictures, classes, regions = zip(*samples[start : start + batch], strict=True)
             yield (
-                torch.from_numpy(np.stack(pictures)),
+                torch.from_numpy(np.stack([unpacked(picture) for picture in pictures])),
                 torch.from_numpy(np.stack(classes)),
                 torch.tensor(regions),
             )
-        position += 1
+        position += len(order)
 
 
 def main() -> None:

@@ -20,13 +20,12 @@ def test_a_sample_number_always_gives_the_same_plate(fonts):
 def test_a_shard_gives_back_its_samples(fonts, tmp_path):
     samples = [shards.render(number, fonts, seed=1) for number in range(5)]
     shards.write(tmp_path / "shard-0.npz", samples)
-    found = list(shards.read(tmp_path / "shard-0.npz"))
+    found = shards.read(tmp_path / "shard-0.npz")
     assert len(found) == 5
-    for (jpeg, classes, region), (picture, read_classes, read_region) in zip(
+    for (jpeg, classes, region), (stored, read_classes, read_region) in zip(
         samples, found, strict=True
     ):
-        assert picture.shape == (HEIGHT, WIDTH, 3)
-        assert (picture == np.asarray(Image.open(io.BytesIO(jpeg)))).all()
+        assert stored == jpeg and shards.unpacked(stored).shape == (HEIGHT, WIDTH, 3)
         assert classes == list(read_classes) and region == read_region
     assert [path.name for path in tmp_path.iterdir()] == ["shard-0.npz"]
 
@@ -42,6 +41,20 @@ def test_the_stored_picture_is_the_rendered_one(fonts):
 def test_some_samples_are_no_plates(fonts):
     texts = [sample(fonts, Random(seed))[1] for seed in range(120)]
     assert 0 < texts.count("") < 20
+
+
+def test_batches_mix_shards_and_a_round_shows_each_sample_once(fonts, tmp_path, monkeypatch):
+    pytest.importorskip("torch")
+    monkeypatch.setattr(shards, "SHARD", 6)
+    for shard in range(3):
+        picture = shards.render(shard, fonts, seed=1)[0]
+        rows = [(picture, [shard] * 14, 6 * shard + i) for i in range(6)]
+        shards.write(tmp_path / f"shard-{shard}.npz", rows)
+    endless = shards.stored_batches(tmp_path, 3, seed=1, first=0)
+    rounds = [[next(endless) for _ in range(6)] for _ in range(2)]
+    seen = [[int(region) for batch in batches for region in batch[2]] for batches in rounds]
+    assert sorted(seen[0]) == sorted(seen[1]) == list(range(18)) and seen[0] != seen[1]
+    assert any(len(set(batch[1][:, 0].tolist())) > 1 for batch in rounds[0])
 
 
 def test_a_folder_without_shards_is_named(tmp_path):
