@@ -28,7 +28,7 @@ def read_plates(
     found = []
     for box in detector.detect(image_rgb):
         text = ocr.read(image_rgb, box, internal)
-        score = plausibility(text, internal, box.framing)
+        score = plausibility(text, internal)
         if score > 0:
             found.append((score * text.confidence, box, text))
     plates = _best_of_each_place(found)

@@ -1,11 +1,21 @@
-"""The plate detector of the first models: text lines whose shape could be a plate's."""
+"""The plate detector: scores, boxes and corners straight from one network.
+
+The file takes 1 x H x W x 3 uint8 RGB, sides multiples of 32, and gives per point a score, a box
+and four corners in its own pixels; `training/detector/export.py` writes it.
+"""
 
 import numpy as np
+from PIL import Image
 
-from . import text_detection
+from . import quads
 from .model_registry import find_detector, model_path
 from .plate_box import PlateBox
-from .plate_shapes import plate_candidates
+
+_STEP = 32
+_GREY = 114  # what training fills the rest of a picture with
+_LEAST_SCORE = 0.3
+_SAME = 0.4  # intersection over union from which two boxes are one plate
+_MOST = 300  # points looked at
 
 
 class PlateDetector:
@@ -16,14 +26,34 @@ class PlateDetector:
 
         chosen = find_detector(model)
         check_backend(backend)
-        self._scales = chosen.scales
         self._session = open_session(model_path(chosen.file), backend)
+        self._longest = chosen.longest
 
     def detect(self, image: np.ndarray) -> list[PlateBox]:
-        """Return plate candidates, the surest first; they may overlap."""
-        lines = [
-            line
-            for scale in self._scales
-            for line in text_detection.find_text(self._session, image, scale)
-        ]
-        return plate_candidates(image, lines)
+        """Return plates on an H x W x 3 uint8 RGB array, the surest first."""
+        field, scale = fitted(image, self._longest)
+        scores, boxes, corners = self._session.run(None, {"picture": field})
+        return plates(scores[0], boxes[0] / scale, corners[0].reshape(-1, 4, 2) / scale)
+
+
+def fitted(image: np.ndarray, longest: int) -> tuple[np.ndarray, float]:
+    """Return the network's input and its scale; what is beside the photo is grey."""
+    height, width = image.shape[:2]
+    scale = longest / max(height, width)
+    size = max(1, round(width * scale)), max(1, round(height * scale))
+    photo = Image.fromarray(image)
+    small = np.asarray(photo.resize(size, Image.Resampling.BILINEAR, reducing_gap=2.0))
+    rows, columns = (-(-side // _STEP) * _STEP for side in small.shape[:2])
+    field = np.full((1, rows, columns, 3), _GREY, np.uint8)
+    field[0, : small.shape[0], : small.shape[1]] = small
+    return field, scale
+
+
+def plates(scores: np.ndarray, boxes: np.ndarray, corners: np.ndarray) -> list[PlateBox]:
+    """Return the best of overlapping finds: scores P, boxes P x 4, corners P x 4 x 2."""
+    order = np.argsort(-scores, kind="stable")[:_MOST]
+    kept: list[int] = []
+    for i in order[scores[order] >= _LEAST_SCORE]:
+        if all(quads.iou(boxes[i], boxes[j]) < _SAME for j in kept):
+            kept.append(int(i))
+    return [PlateBox(corners[i].astype(np.float64), float(scores[i])) for i in kept]

@@ -84,7 +84,7 @@ def fit_to_format(read: PlateText, region: str) -> PlateText:
     nearest = sorted(fitted, key=lambda text: _differences(text, read.text))
     if not nearest or (len(nearest) > 1 and _ties(nearest, read.text)):
         return read
-    return PlateText(nearest[0], read.confidences, read.rows)
+    return PlateText(nearest[0], read.confidences)
 
 
 def _ties(nearest: list[str], read: str) -> bool:

@@ -1,25 +1,22 @@
-"""The plate reader of the first models: a general text reader on straightened text lines."""
+"""The plate reader: a whole plate, one row or two, in one look.
 
-from collections import defaultdict
-from math import prod
+The file takes N x 64 x 192 x 3 uint8 RGB and gives per cell of its line the probabilities of its
+alphabet, class 0 being the gap between characters; `training/reader/export.py` writes it.
+"""
 
 import numpy as np
 
+from ..region_aliases import region_group
 from . import quads
 from .model_registry import find_reader, model_path
-from .plate_alphabet import plate_characters
 from .plate_box import PlateBox
 from .plate_formats import fit_to_format
 from .plate_text import PlateText
 from .straighten import straighten
-from .text_recognition import LINE_HEIGHT, TextReader
 
-_WIDTHS = (32, 640)  # pixels of a line picture
-# How a line is cut out: margins along and across it in text heights, and a stretch in width.
-# Each cut fails on other plates, so the readings vote.
-_FIRST_VIEW = (0.0, 0.0, 1.0)
-_OTHER_VIEWS = ((0.0, -0.1, 1.2), (-0.05, -0.05, 1.0))
-_WORTH_A_VOTE = (2, 10)  # characters
+HEIGHT, WIDTH = 64, 192  # pixels of the network's input
+_GAP = 0
+_MARGIN = (0.02, 0.035)  # shares of width and height around the corners, as training shows them
 
 
 class PlateReader:
@@ -28,43 +25,66 @@ class PlateReader:
     def __init__(self, model: str, backend: str):
         from .runtime_session import check_backend, open_session
 
-        chosen = find_reader(model)
+        file = find_reader(model)
         check_backend(backend)
-        self._reader = TextReader(open_session(model_path(chosen.file), backend))
+        self._session = open_session(model_path(file), backend)
+        self._characters = self._session.get_modelmeta().custom_metadata_map["characters"]
 
     def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
-        """Return the text of a box's lines, joined, without separators."""
-        rows = tuple(self._read_row(image, quad, region) for quad in box.lines)
-        joined = PlateText(
-            "".join(row.text for row in rows),
-            tuple(c for row in rows for c in row.confidences),
-            tuple(raw for row in rows for raw in row.rows),
-        )
-        return fit_to_format(joined, region)
-
-    def _read_row(self, image: np.ndarray, quad: np.ndarray, region: str) -> PlateText:
-        first = self._view(image, quad, region, _FIRST_VIEW)
-        if not _WORTH_A_VOTE[0] <= len(first.text) <= _WORTH_A_VOTE[1]:
-            return first
-        return _elected([first, *(self._view(image, quad, region, v) for v in _OTHER_VIEWS)])
-
-    def _view(self, image: np.ndarray, quad: np.ndarray, region: str, view: tuple) -> PlateText:
-        return plate_characters(self._reader.read(_picture(image, quad, *view)), region)
+        """Return the plate's text without separators; empty where no plate is."""
+        picture = plate_picture(image, with_margin(box.corners))
+        cells = self._session.run(["characters"], {"picture": picture[None]})[0][0]
+        possible = cells * allowed(self._characters, region)
+        return fit_to_format(text_of(possible, self._characters), region)
 
 
-def _picture(image: np.ndarray, quad: np.ndarray, x: float, y: float, stretch: float):
-    height = quads.size(quad)[1]
-    cut = quads.grow(quad, x * height, y * height, x * height, y * height)
-    width, height = quads.size(cut)
-    columns = round(stretch * width / max(height, 1) * LINE_HEIGHT)
-    return straighten(image, cut, LINE_HEIGHT, min(max(columns, _WIDTHS[0]), _WIDTHS[1]))
+def with_margin(corners: np.ndarray) -> np.ndarray:
+    """Return a plate's quad with a little of its surroundings."""
+    width, height = quads.size(corners)
+    x, y = _MARGIN[0] * width, _MARGIN[1] * height
+    return quads.grow(corners, x, y, x, y)
 
 
-def _elected(readings: list[PlateText]) -> PlateText:
-    """Return the reading with most weight; its confidences are the mean of those that agree."""
-    votes: dict[str, list[PlateText]] = defaultdict(list)
-    for reading in readings:
-        votes[reading.text].append(reading)
-    agreeing = max(votes.values(), key=lambda same: sum(prod(r.confidences) for r in same))
-    means = np.mean([reading.confidences for reading in agreeing], axis=0)
-    return PlateText(agreeing[0].text, tuple(map(float, means)), agreeing[0].rows)
+def plate_picture(image: np.ndarray, quad: np.ndarray) -> np.ndarray:
+    """Return a quad's inside as the network's input, large ones shrunk first to stay smooth."""
+    width, height = quads.size(quad)
+    factor = int(min(width / WIDTH, height / HEIGHT))
+    if factor < 2:
+        return straighten(image, quad, HEIGHT, WIDTH)
+    large = straighten(image, quad, HEIGHT * factor, WIDTH * factor)
+    blocks = large.reshape(HEIGHT, factor, WIDTH, factor, 3)
+    return blocks.mean(axis=(1, 3)).round().astype(np.uint8)
+
+
+def allowed(characters: str, region: str) -> np.ndarray:
+    """Return per class 1 where a region's plates show it, else 0; scripts differ, letters do not.
+
+    What is struck out takes its probability along, so a reading against the region is unsure.
+    """
+    scripts = [_script(c) for c in characters]
+    if region == "univ":
+        return np.ones(len(characters) + 1, np.float32)
+    own = {"kr": {"hangul"}, "cn": {"han"}, "jp": {"han", "kana"}}.get(region_group(region), set())
+    return np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+
+
+def _script(character: str) -> str:
+    if character.isascii():
+        return "latin"
+    if "\uac00" <= character <= "\ud7a3":
+        return "hangul"
+    return "kana" if "\u3040" <= character <= "\u30ff" else "han"
+
+
+def text_of(cells: np.ndarray, characters: str) -> PlateText:
+    """Return the text of cells x classes probabilities.
+
+    Neighbouring cells of one class are one character, as sure as the surest of them.
+    """
+    best = cells.argmax(axis=1)
+    starts = np.flatnonzero(np.diff(best, prepend=-1))
+    runs = zip(starts, [*starts[1:], len(best)], strict=True)
+    kept = [(start, end) for start, end in runs if best[start] != _GAP]
+    text = "".join(characters[best[start] - 1] for start, _ in kept)
+    sure = tuple(float(cells[start:end, best[start]].max()) for start, end in kept)
+    return PlateText(text, sure)

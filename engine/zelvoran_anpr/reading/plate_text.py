@@ -5,14 +5,10 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class PlateText:
-    """Plate text without separators, one confidence (0..1) per character, and what was read.
-
-    `rows` holds the raw text of every row, separators included.
-    """
+    """Plate text without separators, and one confidence (0..1) per character."""
 
     text: str
     confidences: tuple[float, ...]
-    rows: tuple[str, ...] = ()
 
     @property
     def confidence(self) -> float:

@@ -6,52 +6,6 @@ The corners run top left, top right, bottom right, bottom left as the text reads
 import numpy as np
 
 
-def min_area_rect(points: np.ndarray) -> np.ndarray:
-    """Return the smallest rectangle around N x 2 points, any angle, as a quad."""
-    hull = _hull(points)
-    edges = np.diff(np.vstack([hull, hull[:1]]), axis=0)
-    lengths = np.hypot(*edges.T)
-    along = edges[lengths > 0] / lengths[lengths > 0, None]
-    if len(along) == 0:
-        return np.repeat(hull[:1], 4, axis=0)
-    across = np.stack([-along[:, 1], along[:, 0]], axis=1)
-    u, v = hull @ along.T, hull @ across.T
-    best = int(np.argmin(np.ptp(u, axis=0) * np.ptp(v, axis=0)))
-    reach = [(f(u[:, best]), g(v[:, best])) for f, g in _CORNERS]
-    return reading_order(np.array([s * along[best] + t * across[best] for s, t in reach]))
-
-
-_CORNERS = ((np.min, np.min), (np.max, np.min), (np.max, np.max), (np.min, np.max))
-
-
-def _hull(points: np.ndarray) -> np.ndarray:
-    ordered = np.unique(points, axis=0).tolist()
-    if len(ordered) < 3:
-        return np.array(ordered)
-    return np.array(_half_hull(ordered) + _half_hull(ordered[::-1]))
-
-
-def _half_hull(ordered: list[list[float]]) -> list[list[float]]:
-    half: list[list[float]] = []
-    for p in ordered:
-        while len(half) > 1 and _turn(half[-2], half[-1], p) <= 0:
-            half.pop()
-        half.append(p)
-    return half[:-1]
-
-
-def _turn(a: list[float], b: list[float], c: list[float]) -> float:
-    return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0])
-
-
-def reading_order(rect: np.ndarray) -> np.ndarray:
-    """Return a rectangle's corners so that its first edge runs left to right (within 45°)."""
-    edges = np.roll(rect, -1, axis=0) - rect
-    first = int(np.argmax(edges[:, 0] / np.maximum(np.hypot(*edges.T), 1e-9)))
-    rect = np.roll(rect, -first, axis=0)
-    return rect if rect[3, 1] >= rect[0, 1] else rect[[3, 2, 1, 0]]
-
-
 def size(quad: np.ndarray) -> tuple[float, float]:
     """Return the mean width (along the text) and the mean height of a quad."""
     top, right, bottom, left = np.roll(quad, -1, axis=0) - quad

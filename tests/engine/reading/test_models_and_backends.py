@@ -15,9 +15,11 @@ def missing_backends():
     return [name for name, provider in PROVIDERS.items() if provider not in offered]
 
 
-def test_both_detector_models_load():
+def test_every_model_loads():
     for name in ("320p_fp32", "640p_fp32"):
         assert zv_anpr_detector_v17(name).detect.__self__
+    for name in ("fp32", "int8"):
+        assert zv_anpr_ocr_v17(name, "univ").read.__self__
 
 
 def test_an_unknown_model_name_lists_the_known_ones():
@@ -27,8 +29,11 @@ def test_an_unknown_model_name_lists_the_known_ones():
         zv_anpr_ocr_v17("foo", "univ")
 
 
-def test_a_model_that_is_not_there_yet_says_so():
-    with pytest.raises(ValueError, match='"int8" is not part of this version yet: use fp32'):
+def test_a_lost_model_file_says_how_it_comes_back(monkeypatch, tmp_path):
+    monkeypatch.setattr("zelvoran_anpr.reading.model_registry._FOLDER", tmp_path)
+    with pytest.raises(ValueError, match="detector_fp32.onnx is missing: reinstall it with"):
+        zv_anpr_detector_v17("320p_fp32")
+    with pytest.raises(ValueError, match="reader_int8.onnx is missing: reinstall it with"):
         zv_anpr_ocr_v17("int8", "univ")
 
 

@@ -1,19 +1,19 @@
-"""Our own models' way in and out: scaling, overlapping finds, the plate's picture, its text."""
+"""The models' way in and out: scaling, overlapping finds, the plate's picture, its text."""
 
 import numpy as np
 import pytest
-from zelvoran_anpr.reading import own_detector, own_reader
+from zelvoran_anpr.reading import plate_detector, plate_reader
 
 
 def test_a_photo_is_scaled_and_filled_up_to_multiples_of_32():
-    field, scale = own_detector.fitted(np.full((720, 1280, 3), 255, np.uint8), 640)
+    field, scale = plate_detector.fitted(np.full((720, 1280, 3), 255, np.uint8), 640)
     assert field.shape == (1, 384, 640, 3) and field.dtype == np.uint8
     assert scale == 0.5
     assert (field[0, :360] == 255).all() and (field[0, 360:] == 114).all()
 
 
 def test_small_and_upright_photos_fit_too():
-    field, scale = own_detector.fitted(np.zeros((40, 10, 3), np.uint8), 320)
+    field, scale = plate_detector.fitted(np.zeros((40, 10, 3), np.uint8), 320)
     assert field.shape == (1, 320, 96, 3) and scale == 8
 
 
@@ -26,16 +26,19 @@ def test_overlapping_finds_leave_the_surest_and_weak_ones_go():
         [[0, 0, 100, 20], [2, 0, 102, 20], [300, 0, 400, 20], [0, 300, 90, 330]], float
     )
     corners = np.array([_quad(*box) for box in boxes], np.float32)
-    found = own_detector.plates(np.array([0.6, 0.9, 0.5, 0.1]), boxes, corners)
+    found = plate_detector.plates(np.array([0.6, 0.9, 0.5, 0.1]), boxes, corners)
     assert [plate.confidence for plate in found] == [0.9, 0.5]
     assert found[0].corners.tolist() == _quad(2, 0, 102, 20)
-    [line] = found[0].lines
-    assert line[0] == pytest.approx([0, -0.7]) and line[2] == pytest.approx([104, 20.7])
 
 
 def test_no_finds_give_no_plates():
-    nothing = own_detector.plates(np.zeros(5), np.zeros((5, 4)), np.zeros((5, 4, 2)))
+    nothing = plate_detector.plates(np.zeros(5), np.zeros((5, 4)), np.zeros((5, 4, 2)))
     assert nothing == []
+
+
+def test_the_reader_is_shown_a_little_around_the_plate():
+    line = plate_reader.with_margin(np.array(_quad(2, 0, 102, 20), float))
+    assert line[0] == pytest.approx([0, -0.7]) and line[2] == pytest.approx([104, 20.7])
 
 
 @pytest.mark.parametrize("scale", [0.3, 1.0, 3.5])
@@ -44,7 +47,7 @@ def test_a_plate_of_any_size_fills_the_picture(scale):
     image = np.zeros((height + 20, width + 20, 3), np.uint8)
     image[10 : 10 + height, 10 : 10 + width] = (0, 255, 0)
     quad = np.array(_quad(10, 10, 10 + width, 10 + height), float)
-    picture = own_reader.plate_picture(image, quad)
+    picture = plate_reader.plate_picture(image, quad)
     assert picture.shape == (64, 192, 3) and picture.dtype == np.uint8
     assert (picture[4:-4, 4:-4] == (0, 255, 0)).all()
 
@@ -52,7 +55,7 @@ def test_a_plate_of_any_size_fills_the_picture(scale):
 def test_a_large_plate_is_averaged_not_sampled():
     stripes = np.zeros((256, 768, 3), np.uint8)
     stripes[:, ::2] = 200
-    picture = own_reader.plate_picture(stripes, np.array(_quad(0, 0, 768, 256), float))
+    picture = plate_reader.plate_picture(stripes, np.array(_quad(0, 0, 768, 256), float))
     inner = picture[8:-8, 8:-8].astype(int)
     assert abs(inner - 100).max() < 30
 
@@ -72,17 +75,17 @@ def _cells(line: str, sure: dict[int, float]) -> np.ndarray:
     [("_AA__1_BB", "A1B"), ("A_A", "AA"), ("A1", "A1"), ("11_11", "11"), ("__", "")],
 )
 def test_equal_neighbours_become_one_character(line, text):
-    assert own_reader.text_of(_cells(line, {}), "AB12").text == text
+    assert plate_reader.text_of(_cells(line, {}), "AB12").text == text
 
 
 def test_a_character_is_as_sure_as_its_surest_cell():
-    text = own_reader.text_of(_cells("AA_11", {0: 0.6, 1: 0.9, 2: 0.7, 3: 0.8, 4: 0.7}), "AB12")
+    text = plate_reader.text_of(_cells("AA_11", {0: 0.6, 1: 0.9, 2: 0.7, 3: 0.8, 4: 0.7}), "AB12")
     assert (text.text, text.confidences, text.confidence) == ("A1", (0.9, 0.8), 0.8)
 
 
 def test_no_text_has_no_confidence():
-    text = own_reader.text_of(_cells("____", {}), "AB12")
-    assert (text.text, text.confidences, text.rows, text.confidence) == ("", (), (), 0.0)
+    text = plate_reader.text_of(_cells("____", {}), "AB12")
+    assert (text.text, text.confidences, text.confidence) == ("", (), 0.0)
 
 
 @pytest.mark.parametrize(
@@ -92,12 +95,12 @@ def test_no_text_has_no_confidence():
 )  # fmt: skip
 def test_a_region_leaves_its_scripts(region, left):
     characters = "A1京가さ品"
-    kept = own_reader.allowed(characters, region)
+    kept = plate_reader.allowed(characters, region)
     assert kept[0] == 1
     assert "".join(c for c, one in zip(characters, kept[1:], strict=True) if one) == left
 
 
 def test_what_a_region_strikes_out_leaves_the_reading_unsure():
     cells = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
-    text = own_reader.text_of(cells * own_reader.allowed("A京", "de"), "A京")
+    text = plate_reader.text_of(cells * plate_reader.allowed("A京", "de"), "A京")
     assert (text.text, text.confidence) == ("A", pytest.approx(0.1))
