@@ -4,7 +4,6 @@ python -m training.detector.train --fonts FONTS --known photos/dashcam.csv --out
 """
 
 import argparse
-import os
 from functools import partial
 from pathlib import Path
 from random import Random
@@ -12,10 +11,9 @@ from random import Random
 import torch
 
 from ..fonts import catalogue
-from ..loop import weights
+from ..loop import options
 from ..loop.replay import replayed
 from ..loop.samples import loader
-from ..loop.trainer import Settings, Trainer
 from .loss import loss
 from .network import Detector
 from .photos import known_plates, without_plates
@@ -32,35 +30,20 @@ def tensors(photos: list, fonts: dict, size: int, scales: tuple, rng: Random) ->
 
 
 def arguments() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--fonts", type=Path, required=True)
+    parser = options.parser(__doc__, rate=2e-3)
     parser.add_argument("--known", type=Path, required=True, help="table of photos with plates")
     parser.add_argument("--plain", type=Path, help="folder of photos without plates")
-    parser.add_argument("--out", type=Path, required=True)
-    parser.add_argument("--minutes", type=float, default=9)
-    parser.add_argument("--total-minutes", type=float, default=18)
     parser.add_argument("--size", type=int, default=384, help="pixels of a sample's sides")
     parser.add_argument("--scales", type=float, nargs=2, default=(0.3, 1.3),
                         help="how photos are scaled; 0.18 0.7 for the detector at 320")  # fmt: skip
-    parser.add_argument("--start", type=Path, help="weights or checkpoint to begin with")
-    parser.add_argument("--batch", type=int, default=64)
-    parser.add_argument("--rate", type=float, default=2e-3)
     parser.add_argument("--width", type=float, default=1.0)
-    parser.add_argument("--workers", type=int, default=os.cpu_count())
-    parser.add_argument("--reuse", type=int, default=1, help="how often a rendered sample is used")
-    parser.add_argument("--seed", type=int, default=1)
     return parser
 
 
 def main() -> None:
     args = arguments().parse_args()
     torch.manual_seed(args.seed)
-    network = Detector(args.width)
-    if args.start:
-        weights.begin(network, args.start)
-    plan = {"width": args.width, "size": args.size, "batch": args.batch, "seed": args.seed}
-    settings = Settings(args.out, args.minutes, args.total_minutes, args.rate, plan)
-    trainer = Trainer(network, settings)
+    trainer = options.trainer(Detector(args.width), args, width=args.width, size=args.size)
     photos = known_plates(args.known) + (without_plates(args.plain) if args.plain else [])
     make = partial(tensors, photos, catalogue(args.fonts), args.size, tuple(args.scales))
     fresh = loader(make, args.seed, trainer.progress.samples, args.batch, args.workers)

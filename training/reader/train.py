@@ -4,7 +4,6 @@ python -m training.reader.train --fonts FONTS --out runs/reader --minutes 9 --to
 """
 
 import argparse
-import os
 from functools import partial
 from pathlib import Path
 from random import Random
@@ -14,10 +13,9 @@ from torch.nn import functional
 
 from ..alphabet import GAP, GROUPS, encode
 from ..fonts import catalogue
-from ..loop import weights
+from ..loop import options
 from ..loop.replay import replayed
 from ..loop.samples import loader
-from ..loop.trainer import Settings, Trainer
 from ..scene.crop import sample
 from ..shards import stored_batches
 from .network import CELLS, Reader
@@ -57,36 +55,21 @@ def _exact(best: torch.Tensor, classes: torch.Tensor) -> torch.Tensor:
 
 
 def arguments() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--fonts", type=Path, required=True)
+    parser = options.parser(__doc__, batch=256)
     parser.add_argument("--shards", type=Path, help="pre-rendered samples; none: render now")
-    parser.add_argument("--out", type=Path, required=True)
-    parser.add_argument("--start", type=Path, help="weights or checkpoint to begin with")
-    parser.add_argument("--minutes", type=float, default=9)
-    parser.add_argument("--total-minutes", type=float, default=27)
-    parser.add_argument("--batch", type=int, default=256)
-    parser.add_argument("--rate", type=float, default=1e-3)
     parser.add_argument("--size", type=int, default=128)
-    parser.add_argument("--workers", type=int, default=os.cpu_count())
-    parser.add_argument("--reuse", type=int, default=1, help="how often a rendered sample is used")
-    parser.add_argument("--seed", type=int, default=1)
     return parser
 
 
 def main() -> None:
     args = arguments().parse_args()
     torch.manual_seed(args.seed)
-    plan = {"size": args.size, "batch": args.batch, "seed": args.seed}
-    settings = Settings(args.out, args.minutes, args.total_minutes, args.rate, plan)
-    network = Reader(args.size)
-    if args.start:
-        weights.begin(network, args.start)
-    trainer = Trainer(network, settings)
+    trainer = options.trainer(Reader(args.size), args, size=args.size)
+    first = trainer.progress.samples
     if args.shards:
-        fresh = stored_batches(args.shards, args.batch, args.seed, trainer.progress.samples)
+        fresh = stored_batches(args.shards, args.batch, args.seed, first)
     else:
         make = partial(tensors, catalogue(args.fonts))
-        first = trainer.progress.samples
         fresh = loader(make, args.seed, first, args.batch, args.workers)
     trainer.run(replayed(fresh, args.reuse, 48 * args.batch), loss)
 
