@@ -30,8 +30,14 @@ class PlateDetector:
         self._longest = chosen.longest
 
     def detect(self, image: np.ndarray) -> list[PlateBox]:
-        """Return plates on an H x W x 3 uint8 RGB array, the surest first."""
-        field, scale = fitted(image, self._longest)
+        """Return plates on an H x W x 3 uint8 RGB array, the surest first.
+
+        Where none is found, the photo may show little but the plate: a smaller look tells.
+        """
+        return self._look(image, self._longest) or self._look(image, self._longest // 2)
+
+    def _look(self, image: np.ndarray, longest: int) -> list[PlateBox]:
+        field, scale = fitted(image, longest)
         scores, boxes, corners = self._session.run(None, {"picture": field})
         return plates(scores[0], boxes[0] / scale, corners[0].reshape(-1, 4, 2) / scale)
 
