@@ -14,7 +14,9 @@ from .plate_box import PlateBox
 _STEP = 32
 _GREY = 114  # what training fills the rest of a picture with
 _LEAST_SCORE = 0.3
+_LEAST_WITNESS = 0.1  # score of a find that may still say where a plate's corners are
 _SAME = 0.4  # intersection over union from which two boxes are one plate
+_SAME_CORNERS = 0.6  # intersection over union from which finds tell the corners together
 _MOST = 300  # points looked at
 
 
@@ -56,10 +58,21 @@ def fitted(image: np.ndarray, longest: int) -> tuple[np.ndarray, float]:
 
 
 def plates(scores: np.ndarray, boxes: np.ndarray, corners: np.ndarray) -> list[PlateBox]:
-    """Return the best of overlapping finds: scores P, boxes P x 4, corners P x 4 x 2."""
+    """Return the best of overlapping finds: scores P, boxes P x 4, corners P x 4 x 2.
+
+    Its corners are the mean of all that see the same place, by their scores.
+    """
     order = np.argsort(-scores, kind="stable")[:_MOST]
+    order = order[scores[order] >= _LEAST_WITNESS]
     kept: list[int] = []
     for i in order[scores[order] >= _LEAST_SCORE]:
         if all(quads.iou(boxes[i], boxes[j]) < _SAME for j in kept):
             kept.append(int(i))
-    return [PlateBox(corners[i].astype(np.float64), float(scores[i])) for i in kept]
+    return [
+        PlateBox(_mean_corners(i, order, scores, boxes, corners), float(scores[i])) for i in kept
+    ]
+
+
+def _mean_corners(chosen: int, order, scores, boxes, corners) -> np.ndarray:
+    near = [i for i in order if i == chosen or quads.iou(boxes[i], boxes[chosen]) > _SAME_CORNERS]
+    return np.average(corners[near].astype(np.float64), axis=0, weights=scores[near])

@@ -3,6 +3,7 @@
 import numpy as np
 import pytest
 from zelvoran_anpr.reading import plate_detector, plate_reader
+from zelvoran_anpr.reading.plate_text import PlateText
 
 
 def test_a_photo_is_scaled_and_filled_up_to_multiples_of_32():
@@ -28,7 +29,14 @@ def test_overlapping_finds_leave_the_surest_and_weak_ones_go():
     corners = np.array([_quad(*box) for box in boxes], np.float32)
     found = plate_detector.plates(np.array([0.6, 0.9, 0.5, 0.1]), boxes, corners)
     assert [plate.confidence for plate in found] == [0.9, 0.5]
-    assert found[0].corners.tolist() == _quad(2, 0, 102, 20)
+    assert found[1].corners.tolist() == _quad(300, 0, 400, 20)
+
+
+def test_finds_of_one_place_tell_its_corners_together():
+    boxes = np.array([[0, 0, 100, 20], [4, 0, 104, 20], [80, 0, 180, 20]], float)
+    corners = np.array([_quad(*box) for box in boxes], np.float32)
+    [found] = plate_detector.plates(np.array([0.9, 0.3, 0.2]), boxes, corners)
+    assert found.corners == pytest.approx(np.array(_quad(1, 0, 101, 20)))
 
 
 def test_no_finds_give_no_plates():
@@ -37,7 +45,7 @@ def test_no_finds_give_no_plates():
 
 
 def test_the_reader_is_shown_a_little_around_the_plate():
-    line = plate_reader.with_margin(np.array(_quad(2, 0, 102, 20), float))
+    line = plate_reader.with_margin(np.array(_quad(2, 0, 102, 20), float), 0.02, 0.035)
     assert line[0] == pytest.approx([0, -0.7]) and line[2] == pytest.approx([104, 20.7])
 
 
@@ -104,3 +112,18 @@ def test_what_a_region_strikes_out_leaves_the_reading_unsure():
     cells = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
     text = plate_reader.text_of(cells * plate_reader.allowed("A京", "de"), "A京")
     assert (text.text, text.confidence) == ("A", pytest.approx(0.1))
+
+
+def _text(text: str, sure: float) -> PlateText:
+    return PlateText(text, (sure,) * len(text))
+
+
+def test_the_heavier_reading_is_elected_and_what_is_not_confirmed_is_less_sure():
+    agreed = plate_reader.elected([_text("AB1", 0.9), _text("AB7", 0.95), _text("AB1", 0.6)])
+    assert agreed.text == "AB1"
+    assert agreed.confidences == pytest.approx((0.5, 0.5, 0.5))
+    assert plate_reader.elected([_text("AB1", 0.9)] * 3).confidence == pytest.approx(0.9)
+
+
+def test_one_faint_reading_does_not_outvote_two_looks_that_see_nothing():
+    assert plate_reader.elected([_text("", 0), _text("ABC", 0.7), _text("", 0)]) == _text("", 0)
