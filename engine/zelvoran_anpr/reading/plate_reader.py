@@ -9,11 +9,11 @@ from math import prod
 
 import numpy as np
 
-from ..region_aliases import region_group
 from . import quads
 from .model_registry import find_reader, model_path
 from .plate_box import PlateBox
 from .plate_formats import fit_to_format
+from .plate_scripts import allowed, is_of_one_country
 from .plate_text import PlateText
 from .straighten import straighten
 
@@ -22,6 +22,7 @@ _GAP = 0
 # Looks at a plate: shares of its width and height around the corners. Training shows all of them;
 # each fails on other plates, so the readings vote.
 _MARGINS = ((0.02, 0.035), (0.05, 0.08), (0.0, 0.0))
+_LATIN_ONLY = "eup"
 _NOTHING = 0.3  # weight of a look that sees no plate
 
 
@@ -40,8 +41,14 @@ class PlateReader:
         """Return the plate's text without separators; empty where no plate is."""
         looks = [plate_picture(image, with_margin(box.corners, *m)) for m in _MARGINS]
         cells = self._session.run(["characters"], {"picture": np.stack(looks)})[0]
+        text = self._text(cells, region)
+        if not is_of_one_country(text.text):
+            text = self._text(cells, _LATIN_ONLY)
+        return fit_to_format(text, region)
+
+    def _text(self, cells: np.ndarray, region: str) -> PlateText:
         possible = cells * allowed(self._characters, region)
-        return fit_to_format(elected([text_of(p, self._characters) for p in possible]), region)
+        return elected([text_of(look, self._characters) for look in possible])
 
 
 def with_margin(corners: np.ndarray, across: float, down: float) -> np.ndarray:
@@ -60,26 +67,6 @@ def plate_picture(image: np.ndarray, quad: np.ndarray) -> np.ndarray:
     large = straighten(image, quad, HEIGHT * factor, WIDTH * factor)
     blocks = large.reshape(HEIGHT, factor, WIDTH, factor, 3)
     return blocks.mean(axis=(1, 3)).round().astype(np.uint8)
-
-
-def allowed(characters: str, region: str) -> np.ndarray:
-    """Return per class 1 where a region's plates show it, else 0; scripts differ, letters do not.
-
-    What is struck out takes its probability along, so a reading against the region is unsure.
-    """
-    scripts = [_script(c) for c in characters]
-    if region == "univ":
-        return np.ones(len(characters) + 1, np.float32)
-    own = {"kr": {"hangul"}, "cn": {"han"}, "jp": {"han", "kana"}}.get(region_group(region), set())
-    return np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
-
-
-def _script(character: str) -> str:
-    if character.isascii():
-        return "latin"
-    if "\uac00" <= character <= "\ud7a3":
-        return "hangul"
-    return "kana" if "\u3040" <= character <= "\u30ff" else "han"
 
 
 def text_of(cells: np.ndarray, characters: str) -> PlateText:

@@ -96,24 +96,6 @@ def test_no_text_has_no_confidence():
     assert (text.text, text.confidences, text.confidence) == ("", (), 0.0)
 
 
-@pytest.mark.parametrize(
-    ("region", "left"),
-    [("univ", "A1京가さ品"), ("kr", "A1가"), ("cn", "A1京品"), ("jp", "A1京さ品"), ("na", "A1"),
-     ("br", "A1"), ("de", "A1")],
-)  # fmt: skip
-def test_a_region_leaves_its_scripts(region, left):
-    characters = "A1京가さ品"
-    kept = plate_reader.allowed(characters, region)
-    assert kept[0] == 1
-    assert "".join(c for c, one in zip(characters, kept[1:], strict=True) if one) == left
-
-
-def test_what_a_region_strikes_out_leaves_the_reading_unsure():
-    cells = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
-    text = plate_reader.text_of(cells * plate_reader.allowed("A京", "de"), "A京")
-    assert (text.text, text.confidence) == ("A", pytest.approx(0.1))
-
-
 def _text(text: str, sure: float) -> PlateText:
     return PlateText(text, (sure,) * len(text))
 

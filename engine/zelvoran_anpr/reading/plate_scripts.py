@@ -1,0 +1,39 @@
+"""Which scripts a region's plates show, and whether a text makes sense in the one it shows."""
+
+import re
+
+import numpy as np
+
+from ..region_aliases import region_group
+
+_OF_GROUPS = {"kr": {"hangul"}, "cn": {"han"}, "jp": {"han", "kana"}}
+_ASIAN = re.compile(
+    r"[\u4e00-\u9fff][A-Z]([A-Z0-9]{5,6}|[A-Z0-9]{3,4}[使领警学港澳挂])"  # China
+    r"|([\uac00-\ud7a3]{2})?\d{1,3}[\uac00-\ud7a3]\d{4}"  # Korea
+    r"|[\u3040-\u30ff\u4e00-\u9fff]{1,4}[0-9A-Z]{2,3}[\u3040-\u30ff]\d{1,4}"  # Japan
+)
+
+
+def allowed(characters: str, region: str) -> np.ndarray:
+    """Return per class 1 where a region's plates show it, else 0; class 0 is the gap.
+
+    What is struck out takes its probability along, so a reading against the region is unsure.
+    """
+    scripts = [_script(c) for c in characters]
+    if region == "univ":
+        return np.ones(len(characters) + 1, np.float32)
+    own = _OF_GROUPS.get(region_group(region), set())
+    return np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+
+
+def is_of_one_country(text: str) -> bool:
+    """Tell whether a text is Latin, or built as the plates of the country whose script it shows."""
+    return text.isascii() or bool(_ASIAN.fullmatch(text))
+
+
+def _script(character: str) -> str:
+    if character.isascii():
+        return "latin"
+    if "\uac00" <= character <= "\ud7a3":
+        return "hangul"
+    return "kana" if "\u3040" <= character <= "\u30ff" else "han"

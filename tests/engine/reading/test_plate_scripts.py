@@ -1,0 +1,37 @@
+"""Scripts: which a region's plates show, and which texts could be a plate's of one country."""
+
+import numpy as np
+import pytest
+from zelvoran_anpr.reading.plate_reader import text_of
+from zelvoran_anpr.reading.plate_scripts import allowed, is_of_one_country
+
+
+@pytest.mark.parametrize(
+    ("region", "left"),
+    [("univ", "A1京가さ品"), ("kr", "A1가"), ("cn", "A1京品"), ("jp", "A1京さ品"), ("na", "A1"),
+     ("br", "A1"), ("de", "A1")],
+)  # fmt: skip
+def test_a_region_leaves_its_scripts(region, left):
+    characters = "A1京가さ品"
+    kept = allowed(characters, region)
+    assert kept[0] == 1
+    assert "".join(c for c, one in zip(characters, kept[1:], strict=True) if one) == left
+
+
+def test_what_a_region_strikes_out_leaves_the_reading_unsure():
+    cells = np.array([[0.0, 0.1, 0.9], [1.0, 0, 0]])
+    text = text_of(cells * allowed("A京", "de"), "A京")
+    assert (text.text, text.confidence) == ("A", pytest.approx(0.1))
+
+
+@pytest.mark.parametrize(
+    "text", ["WSG979", "", "京A12345", "粤BD12345", "粤Z123港", "12가3456", "서울12가3456",
+             "品川500さ1234", "いわき33あ1"]
+)  # fmt: skip
+def test_texts_of_one_country(text):
+    assert is_of_one_country(text)
+
+
+@pytest.mark.parametrize("text", ["沪WSG979가", "4B2공1875", "津K40M3L가", "琼", "新12345", "가가"])
+def test_scripts_in_places_where_no_country_has_them(text):
+    assert not is_of_one_country(text)
