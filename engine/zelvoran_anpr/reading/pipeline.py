@@ -9,6 +9,7 @@ from .plate_plausibility import plausibility
 from .plate_text import PlateText
 from .v17 import zv_anpr_detector_v17, zv_anpr_ocr_v17
 
+_LEAST_SCORE = 0.08  # plausibility and both confidences together: less is chance
 _SAME_PLATE = 0.3  # shared part of the smaller box from which two boxes are one plate
 
 
@@ -28,9 +29,9 @@ def read_plates(
     found = []
     for box in detector.detect(image_rgb):
         text = ocr.read(image_rgb, box, internal)
-        score = plausibility(text, internal)
-        if score > 0:
-            found.append((score * text.confidence, box, text))
+        score = plausibility(text, internal) * text.confidence * box.confidence
+        if score >= _LEAST_SCORE:
+            found.append((score, box, text))
     plates = _best_of_each_place(found)
     return {"results": [_result(image_rgb, *plate) for plate in plates], "region": internal}
 

@@ -3,6 +3,7 @@
 import numpy as np
 import pytest
 from zelvoran_anpr.reading import plate_detector, plate_reader
+from zelvoran_anpr.reading.plate_box import PlateBox
 from zelvoran_anpr.reading.plate_text import PlateText
 
 
@@ -103,9 +104,35 @@ def _text(text: str, sure: float) -> PlateText:
 def test_the_heavier_reading_is_elected_and_what_is_not_confirmed_is_less_sure():
     agreed = plate_reader.elected([_text("AB1", 0.9), _text("AB7", 0.95), _text("AB1", 0.6)])
     assert agreed.text == "AB1"
-    assert agreed.confidences == pytest.approx((0.5, 0.5, 0.5))
+    assert agreed.confidences == pytest.approx([0.75 * (2 / 3) ** 0.5] * 3)
     assert plate_reader.elected([_text("AB1", 0.9)] * 3).confidence == pytest.approx(0.9)
 
 
 def test_one_faint_reading_does_not_outvote_two_looks_that_see_nothing():
     assert plate_reader.elected([_text("", 0), _text("ABC", 0.7), _text("", 0)]) == _text("", 0)
+
+
+class _Looks:
+    """Stands for the reader's session: gives the same cells for every look and counts looks."""
+
+    def __init__(self, cells: np.ndarray):
+        self.cells, self.asked = cells, []
+
+    def run(self, _, pictures: dict) -> list[np.ndarray]:
+        self.asked.append(len(pictures["picture"]))
+        return [np.stack([self.cells] * self.asked[-1])]
+
+
+@pytest.mark.parametrize(
+    ("line", "sure", "found", "asked"),
+    [("A1_", 0.99, 0.4, [1]), ("A1_", 0.9, 0.4, [1, 5]), ("___", 1, 0.6, [1, 5]),
+     ("___", 1, 0.4, [1])],
+)  # fmt: skip
+def test_more_looks_are_taken_where_the_first_leaves_doubt(line, sure, found, asked):
+    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
+    reader._characters = "AB12"
+    reader._session = _Looks(_cells(line, {0: sure}))
+    photo = np.zeros((50, 120, 3), np.uint8)
+    box = PlateBox(np.array(_quad(5, 5, 105, 35), float), found)
+    assert reader.read(photo, box, "univ").text == line.strip("_")
+    assert reader._session.asked == asked

@@ -58,9 +58,5 @@ def test_a_date_is_no_plate_unless_the_region_has_such_plates():
     assert plausibility(plate("20241312"), "univ") == 1
 
 
-def test_a_reading_that_is_hardly_sure_is_no_plate():
-    assert plausibility(plate("AB123CD", 0.05), "univ") == 0
-
-
 def test_a_text_of_the_regions_format_is_more_plausible():
     assert plausibility(plate("RK101AO"), "sk") > plausibility(plate("ABC1234"), "sk")

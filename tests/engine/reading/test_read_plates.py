@@ -9,6 +9,8 @@ from drawn_plates import draw_plate, photo_with
 from PIL import Image
 from zelvoran_anpr import zelvoran_anpr_from_image_file
 from zelvoran_anpr.reading import read_plates
+from zelvoran_anpr.reading.plate_box import PlateBox
+from zelvoran_anpr.reading.plate_text import PlateText
 
 EXAMPLE = Path(__file__).parents[3] / "examples" / "car.jpg"
 
@@ -109,3 +111,18 @@ def test_threads_share_the_objects(detector, ocr):
 def test_the_example_photo_is_read(detector, ocr):
     assert texts(zelvoran_anpr_from_image_file(detector, ocr, str(EXAMPLE))) == ["ZV17ANP"]
     assert EXAMPLE.stat().st_size < 300_000
+
+
+@pytest.mark.parametrize(("sure", "count"), [(0.1, 0), (0.3, 1)])
+def test_a_find_that_neither_network_is_sure_of_is_dropped(sure, count):
+    class Unsure:
+        region = "univ"
+
+        def detect(self, _):
+            return [PlateBox(np.array([[0, 0], [90, 0], [90, 30], [0, 30]], float), 0.4)]
+
+        def read(self, *_):
+            return PlateText("AB123", (sure,) * 5)
+
+    engine, photo = Unsure(), np.zeros((40, 100, 3), np.uint8)
+    assert len(read_plates(engine, engine, photo)["results"]) == count
