@@ -41,6 +41,9 @@ def set_rows(
     left, top, right, bottom = (
         share * length for share, length in zip(design.text_box, size * 2, strict=True)
     )
+    if rng.random() < 0.15:  # small letters on a large plate
+        inset = rng.uniform(0.05, 0.2) * (bottom - top)
+        top, bottom = top + inset, bottom - inset
     gap = (bottom - top) * (1 - sum(design.rows)) / max(len(rows) - 1, 1)
     if len(rows) > 1 and gap <= 0:
         gap = 0.06 * (bottom - top)
@@ -58,7 +61,7 @@ def _style(design: Design, fonts: dict, rng: Random) -> _Style:
     return _Style(
         strokes.die(design.fonts, rng) if drawn else rng.choice(fonts[design.fonts]),
         rng.choice(fonts[design.script]),
-        rng.uniform(0.1, 0.26),
+        rng.uniform(0.1, 0.26) if rng.random() < 0.75 else rng.uniform(0.0, 0.1),
         rng.choice((rng.uniform(0.8, 1.1), rng.uniform(1.0, 1.6))),
         rng.choice((0, 0, 0, 1, -1) if drawn else _WEIGHTS),
     )

@@ -52,6 +52,11 @@ def test_texts_too_short_or_too_long_are_not(text):
     assert plausibility(plate(text), "univ") == 0
 
 
+def test_a_reading_that_is_hardly_sure_is_no_plate():
+    assert plausibility(plate("AB123CD", 0.15), "univ") == 0
+    assert plausibility(plate("AB123CD", 0.25), "univ") == 1
+
+
 def test_a_date_is_no_plate_unless_the_region_has_such_plates():
     assert plausibility(plate("20240512"), "univ") == 0
     assert plausibility(plate("20240512"), "il") == 1
