@@ -19,6 +19,7 @@ from training.scene.crop import HEIGHT, WIDTH  # noqa: E402
 def test_the_engine_finds_and_reads_with_random_weights(tmp_path, monkeypatch):
     monkeypatch.setattr(model_registry, "_FOLDER", tmp_path)
     monkeypatch.setattr(plate_detector, "_LEAST_SCORE", 0.0)
+    monkeypatch.setattr(plate_detector, "_LEAST_WITNESS", 0.0)
     torch.manual_seed(1)
     detector_file = detector_export.export(Detector(0.5).eval(), tmp_path)
     pictures = np.zeros((4, HEIGHT, WIDTH, 3), np.uint8)
