@@ -1,6 +1,7 @@
 """Which scripts a region's plates show, and whether a text makes sense in the one it shows."""
 
 import re
+from functools import lru_cache
 
 import numpy as np
 
@@ -14,16 +15,18 @@ _ASIAN = re.compile(
 )
 
 
+@lru_cache(maxsize=32)
 def allowed(characters: str, region: str) -> np.ndarray:
     """Return per class 1 where a region's plates show it, else 0; class 0 is the gap.
 
     What is struck out takes its probability along, so a reading against the region is unsure.
     """
     scripts = [_script(c) for c in characters]
-    if region == "univ":
-        return np.ones(len(characters) + 1, np.float32)
-    own = _OF_GROUPS.get(region_group(region), set())
-    return np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+    everywhere = region == "univ"
+    own = set(scripts) if everywhere else _OF_GROUPS.get(region_group(region), set())
+    kept = np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+    kept.setflags(write=False)  # all readings share it
+    return kept
 
 
 def is_of_one_country(text: str) -> bool:
