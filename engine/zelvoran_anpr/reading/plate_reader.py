@@ -43,10 +43,10 @@ class PlateReader:
     def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
         """Return the plate's text without separators; empty where no plate is."""
         cells = self._look(image, box, _FIRST_MARGIN)
-        first = self._text(cells, region)
-        if first.confidence < _SURE and (first.text or box.confidence >= _DOUBTFUL):
-            cells = self._look(image, box, *_MARGINS)
         text = self._text(cells, region)
+        if text.confidence < _SURE and (text.text or box.confidence >= _DOUBTFUL):
+            cells = self._look(image, box, *_MARGINS)
+            text = self._text(cells, region)
         if not is_of_one_country(text.text):
             text = self._text(cells, _LATIN_ONLY)
         return fit_to_format(text, region)

@@ -136,3 +136,29 @@ def test_more_looks_are_taken_where_the_first_leaves_doubt(line, sure, found, as
     box = PlateBox(np.array(_quad(5, 5, 105, 35), float), found)
     assert reader.read(photo, box, "univ").text == line.strip("_")
     assert reader._session.asked == asked
+
+
+def test_a_text_that_mixes_scripts_as_no_country_does_is_read_as_latin():
+    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
+    reader._characters = "AB1京"
+    cells = np.array([[0, 0, 0, 0.97, 0.03], [0, 0.02, 0, 0, 0.98], [0, 0, 0.99, 0, 0]])
+    reader._session = _Looks(cells)
+    box = PlateBox(np.array(_quad(5, 5, 105, 35), float), 0.9)
+    assert reader.read(np.zeros((50, 120, 3), np.uint8), box, "univ").text == "1AB"
+
+
+def test_a_photo_on_which_nothing_is_found_is_looked_at_once_more_smaller():
+    asked = []
+
+    class Session:
+        def run(self, _, inputs: dict) -> list[np.ndarray]:
+            asked.append(inputs["picture"].shape)
+            quad = np.array(_quad(10, 10, 110, 40), np.float32).reshape(1, 1, 8)
+            score = 0.9 if len(asked) == 2 else 0.1
+            return [np.array([[score]]), np.array([[[10, 10, 110, 40.0]]]), quad]
+
+    detector = plate_detector.PlateDetector.__new__(plate_detector.PlateDetector)
+    detector._session, detector._longest = Session(), 640
+    [found] = detector.detect(np.zeros((720, 1280, 3), np.uint8))
+    assert asked == [(1, 384, 640, 3), (1, 192, 320, 3)]
+    assert found.corners == pytest.approx(np.array(_quad(40, 40, 440, 160)))
