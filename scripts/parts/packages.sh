@@ -7,7 +7,7 @@ BUILD_PACKAGES=(
 )
 TEST_PACKAGES=(
   ccache clang-14 clang-format-14 clang-tidy-14 git libclang-rt-14-dev libgmock-dev libgtest-dev
-  fonts-dejavu-core procps shellcheck
+  fonts-dejavu-core procps shellcheck strace
   # the shells and readers of what the command table generates
   bash-completion fish man-db mandoc zsh
 )

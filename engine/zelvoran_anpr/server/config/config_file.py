@@ -5,7 +5,7 @@ from collections.abc import Mapping
 from pathlib import Path
 from typing import Any
 
-from .atomic_file import write_atomic
+from ...atomic_file import write_atomic
 from .options import OPTIONS, default_config, default_text
 from .paths import config_path, make_private_dir
 
@@ -43,7 +43,7 @@ def save_config(config: Mapping[str, Any], path: str | os.PathLike | None = None
     if new == text:
         return
     make_private_dir(file.parent)
-    write_atomic(file, new.encode("utf-8"), _mode(file))
+    write_atomic(file, new.encode("utf-8"))
 
 
 def _sections(file: Path, document: Any) -> dict:
@@ -82,10 +82,3 @@ def _parse(file: Path, text: str) -> tuple[Any, Any]:
     except yaml_document.YamlProblem as problem:
         place = f", line {problem.line}" if problem.line else ""
         raise ConfigError(f"{file}{place}: {problem}") from None
-
-
-def _mode(file: Path) -> int:
-    try:
-        return file.stat().st_mode & 0o777
-    except FileNotFoundError:
-        return 0o600  # the file may hold keys of a cloud service

@@ -4,7 +4,7 @@ import os
 from contextlib import AbstractContextManager
 from pathlib import Path
 
-from .atomic_file import write_atomic
+from ...atomic_file import write_atomic
 from .paths import get_config_dir, make_private_dir
 
 _NAME = "api_token"

@@ -6,7 +6,7 @@ import time
 from pathlib import Path
 from typing import NamedTuple
 
-from ..config.atomic_file import write_atomic
+from ...atomic_file import write_atomic
 from ..config.paths import make_private_dir, run_dir
 from .identity import machine_mark, process_mark
 
