@@ -4,8 +4,6 @@ Runs `zv-anpr gpu-info`, every probe by itself and an empty program of one envir
 prints the medians. Usage: gpu_info.py ZV_ANPR PYTHON [ROUNDS]
 """
 
-from __future__ import annotations
-
 import os
 import statistics
 import subprocess

@@ -4,8 +4,6 @@ Both read the same photos in one process with engine objects built once; runs al
 ratio of the medians is printed. Usage: read_loop.py ZV_ANPR PYTHON FOLDER [COUNT] [ROUNDS]
 """
 
-from __future__ import annotations
-
 import os
 import statistics
 import subprocess

@@ -4,8 +4,6 @@ Runs `zv-anpr version` and `python -c "import zelvoran_anpr._version"` of one en
 and prints the ratio of the medians. Usage: startup.py ZV_ANPR PYTHON [ROUNDS]
 """
 
-from __future__ import annotations
-
 import os
 import resource
 import statistics

@@ -3,8 +3,6 @@
 Light to import: the work is in `zelvoran_anpr.mmc.install` and loads when it is called.
 """
 
-from __future__ import annotations
-
 from pathlib import Path
 
 from .mmc.places import BIN_DIR, MODEL_DIR

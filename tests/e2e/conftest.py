@@ -1,7 +1,5 @@
 """Fixtures of all end-to-end tests."""
 
-from __future__ import annotations
-
 import sys
 from pathlib import Path
 

@@ -1,7 +1,5 @@
 """The real executable as the end-to-end tests run it, driven by a scripted engine package."""
 
-from __future__ import annotations
-
 import json
 import os
 import subprocess

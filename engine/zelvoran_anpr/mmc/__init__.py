@@ -4,8 +4,6 @@
 Names load on first use, so that importing the package costs nothing.
 """
 
-from __future__ import annotations
-
 from importlib import import_module
 from typing import TYPE_CHECKING
 

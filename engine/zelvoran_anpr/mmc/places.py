@@ -1,7 +1,5 @@
 """Where the on-device recogniser lives, and the environment variables that point elsewhere."""
 
-from __future__ import annotations
-
 import os
 from pathlib import Path
 

@@ -1,7 +1,5 @@
 """Where the build leaves what it makes from the command table, and what help pages name."""
 
-from __future__ import annotations
-
 import re
 import shutil
 from pathlib import Path

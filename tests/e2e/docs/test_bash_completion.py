@@ -1,7 +1,5 @@
 """The completion in a real bash offers what the program's own help pages name."""
 
-from __future__ import annotations
-
 import subprocess
 
 import pytest

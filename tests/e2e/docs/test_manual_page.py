@@ -1,7 +1,5 @@
 """The manual page is well formed and names what the program's own help pages name."""
 
-from __future__ import annotations
-
 import os
 import re
 import subprocess

@@ -1,7 +1,5 @@
 """The completion in a real zsh, asked through its own pseudo-terminal module."""
 
-from __future__ import annotations
-
 import subprocess
 
 import pytest

@@ -1,7 +1,5 @@
 """Write BMP files of layouts that the image library reads but cannot write."""
 
-from __future__ import annotations
-
 import struct
 from pathlib import Path
 

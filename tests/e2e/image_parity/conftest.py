@@ -1,7 +1,5 @@
 """Decoders to compare, and pictures to compare them on."""
 
-from __future__ import annotations
-
 from collections.abc import Callable
 from pathlib import Path
 

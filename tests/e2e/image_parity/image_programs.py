@@ -1,7 +1,5 @@
 """Run the small test programs of the image room, and read what they write."""
 
-from __future__ import annotations
-
 import os
 import subprocess
 from pathlib import Path

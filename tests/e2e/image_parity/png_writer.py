@@ -1,7 +1,5 @@
 """Write PNG files of layouts that the image library reads but cannot write."""
 
-from __future__ import annotations
-
 import struct
 import zlib
 from collections.abc import Iterable

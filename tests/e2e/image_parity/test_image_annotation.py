@@ -1,7 +1,5 @@
 """Annotated copies are, pixel for pixel, what Pillow draws from the same records."""
 
-from __future__ import annotations
-
 import json
 from pathlib import Path
 from typing import Any

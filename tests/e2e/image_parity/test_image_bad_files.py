@@ -1,7 +1,5 @@
 """Files that are missing, foreign, cut off or hostile get one clear line and never harm."""
 
-from __future__ import annotations
-
 import io
 import os
 import struct

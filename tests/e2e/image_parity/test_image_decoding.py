@@ -1,7 +1,5 @@
 """Every common layout of the four formats decodes to the pixels that Pillow shows."""
 
-from __future__ import annotations
-
 import io
 from collections.abc import Callable
 from pathlib import Path

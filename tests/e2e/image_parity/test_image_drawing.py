@@ -1,7 +1,5 @@
 """Boxes, strips and texts come out pixel for pixel as Pillow draws them."""
 
-from __future__ import annotations
-
 import itertools
 import string
 from pathlib import Path

@@ -1,7 +1,5 @@
 """What is saved, in each format, as Pillow reads it back and as Pillow itself would save it."""
 
-from __future__ import annotations
-
 import os
 import resource
 import signal

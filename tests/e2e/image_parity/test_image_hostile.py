@@ -3,8 +3,6 @@
 Worth most with programs built by the preset `asan`: ZV_ANPR_TEST_TOOLS=build/asan.
 """
 
-from __future__ import annotations
-
 from collections.abc import Callable
 from pathlib import Path
 

@@ -1,7 +1,5 @@
 """Photos that were taken with a turned camera come out upright, wherever the file says so."""
 
-from __future__ import annotations
-
 from collections.abc import Callable
 from pathlib import Path
 

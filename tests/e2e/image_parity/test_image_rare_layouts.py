@@ -1,7 +1,5 @@
 """Layouts that Pillow cannot write, made by hand; 16-bit samples are scaled to 8, not cut."""
 
-from __future__ import annotations
-
 import itertools
 from collections.abc import Callable
 from pathlib import Path

@@ -1,7 +1,5 @@
 """Scripted modules behind the mmc commands; every call into them is recorded."""
 
-from __future__ import annotations
-
 import sys
 from pathlib import Path
 

@@ -1,7 +1,5 @@
 """mmc-backend: the configuration keeps all it had, and a running server is told."""
 
-from __future__ import annotations
-
 import socket
 import threading
 from http.server import BaseHTTPRequestHandler, HTTPServer

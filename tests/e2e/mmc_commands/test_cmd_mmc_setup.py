@@ -1,7 +1,5 @@
 """mmc-setup: what it asks of the local-MMC module, in which order, and what it reports."""
 
-from __future__ import annotations
-
 import json
 import sys
 from pathlib import Path

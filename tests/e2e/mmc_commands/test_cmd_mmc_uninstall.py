@@ -1,7 +1,5 @@
 """mmc-uninstall: lists, asks, removes through the module, and takes nothing for a yes but yes."""
 
-from __future__ import annotations
-
 import os
 import signal
 import sys

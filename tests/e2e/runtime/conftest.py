@@ -1,7 +1,5 @@
 """Fresh virtual environments with the real installer, and a wheel folder instead of an index."""
 
-from __future__ import annotations
-
 import os
 import shutil
 import subprocess

@@ -3,8 +3,6 @@
 Like the real ones they all install the module `onnxruntime` and overwrite each other's files.
 """
 
-from __future__ import annotations
-
 import base64
 import hashlib
 import zipfile

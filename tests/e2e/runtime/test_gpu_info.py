@@ -1,7 +1,5 @@
 """gpu-info in environments of every kind: what it prints never depends on a probe surviving."""
 
-from __future__ import annotations
-
 import subprocess
 import sys
 import time

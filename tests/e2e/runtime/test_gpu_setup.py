@@ -1,7 +1,5 @@
 """gpu-setup with real installs and removals: what it says, and what is installed afterwards."""
 
-from __future__ import annotations
-
 import pytest
 from runtime_wheels import (
     NEEDS_CPU_PACKAGE,

@@ -1,7 +1,5 @@
 """gpu-setup cut off at every step: the next gpu-setup repairs what the first one left."""
 
-from __future__ import annotations
-
 import json
 import os
 import pty

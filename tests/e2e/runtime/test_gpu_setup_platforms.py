@@ -1,7 +1,5 @@
 """gpu-setup on other systems and machines, as the environment's interpreter names them."""
 
-from __future__ import annotations
-
 import pytest
 
 CPU, GPU, DIRECTML = "onnxruntime", "onnxruntime-gpu", "onnxruntime-directml"

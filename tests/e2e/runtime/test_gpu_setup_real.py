@@ -1,7 +1,5 @@
 """gpu-setup with the real ONNX Runtime from the package registry."""
 
-from __future__ import annotations
-
 import os
 import subprocess
 

@@ -1,7 +1,5 @@
 """A server on raw sockets that answers as a test says, and keeps what it was sent."""
 
-from __future__ import annotations
-
 import contextlib
 import json
 import socket
@@ -49,7 +47,7 @@ class ScriptedServer:
     requests: list[Request] = field(default_factory=list)
     before_answer: Callable[[], None] = lambda: None
 
-    def __enter__(self) -> ScriptedServer:
+    def __enter__(self) -> "ScriptedServer":
         self._listener = socket.create_server(("127.0.0.1", 0))
         self.port = self._listener.getsockname()[1]
         self._stop = threading.Event()

@@ -1,7 +1,5 @@
 """Fixtures: a hub on loopback, a HOME of the test's own, and runs of the module as a process."""
 
-from __future__ import annotations
-
 import importlib.util
 import json
 import os

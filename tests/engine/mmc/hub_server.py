@@ -5,8 +5,6 @@ the linked object, to a storage address on another host name, which serves range
 the JSON of releases, and asset addresses that redirect to storage in the same way.
 """
 
-from __future__ import annotations
-
 import hashlib
 import json
 import threading
@@ -59,7 +57,7 @@ class Hub:
     sent: int = 0
     digests: bool = True
 
-    def __enter__(self) -> Hub:
+    def __enter__(self) -> "Hub":
         hub = self
         self.closing = threading.Event()
 

@@ -9,8 +9,6 @@ crash (file: once it exists, the next chat ends the process), slow (seconds per 
 content (the message's text as it is), version_status.
 """
 
-from __future__ import annotations
-
 import base64
 import io
 import json

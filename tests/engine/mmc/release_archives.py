@@ -1,7 +1,5 @@
 """Release archives as llama.cpp lays them out, around the double; and unsafe ones."""
 
-from __future__ import annotations
-
 import io
 import sys
 import tarfile

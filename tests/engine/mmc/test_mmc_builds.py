@@ -1,7 +1,5 @@
 """Which files of a real release's list are chosen for which machine."""
 
-from __future__ import annotations
-
 import ctypes
 
 import pytest

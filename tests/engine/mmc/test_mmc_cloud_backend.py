@@ -1,7 +1,5 @@
 """The cloud backend against a real HTTP service on loopback: key, quota, time-outs, refusals."""
 
-from __future__ import annotations
-
 import io
 import json
 import threading
@@ -24,7 +22,7 @@ class Service:
         self.wait = threading.Event()
         self.wait.set()
 
-    def __enter__(self) -> Service:
+    def __enter__(self) -> "Service":
         service = self
 
         class Handler(BaseHTTPRequestHandler):

@@ -1,7 +1,5 @@
 """vehicle_crop: the surroundings of the plate, never outside the photo."""
 
-from __future__ import annotations
-
 import io
 
 import numpy as np

@@ -1,7 +1,5 @@
 """find_server_bin and _server_bin_runs: argument, environment, our own, PATH, bare name."""
 
-from __future__ import annotations
-
 import json
 from pathlib import Path
 

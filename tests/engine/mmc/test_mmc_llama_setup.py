@@ -1,7 +1,5 @@
 """download_server_bin: the right build, verified, unpacked, tried, and only then switched to."""
 
-from __future__ import annotations
-
 import json
 import os
 import signal

@@ -1,7 +1,5 @@
 """The local backend against a real process that speaks llama-server's protocol."""
 
-from __future__ import annotations
-
 import json
 import os
 import re

@@ -1,7 +1,5 @@
 """ensure_models: downloads from the hub, resumes, verifies, and needs no network afterwards."""
 
-from __future__ import annotations
-
 import hashlib
 import os
 import resource

@@ -1,7 +1,5 @@
 """Progress: a line for a person at a terminal, silence for everything else."""
 
-from __future__ import annotations
-
 import os
 import pty
 import re

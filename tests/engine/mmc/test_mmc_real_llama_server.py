@@ -3,8 +3,6 @@
 Runs where ZELVORAN_TEST_LLAMA_SERVER names an executable; build_llama_server.sh makes one.
 """
 
-from __future__ import annotations
-
 import http.client
 import json
 import os

@@ -1,7 +1,5 @@
 """remove_server_bin, remove_models and _dir_size: all of the folder, and nothing but the folder."""
 
-from __future__ import annotations
-
 import os
 import subprocess
 import tempfile

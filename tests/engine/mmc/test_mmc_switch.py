@@ -1,7 +1,5 @@
 """Changing the backend of a running server's recogniser: nothing under way is lost."""
 
-from __future__ import annotations
-
 import json
 import threading
 

@@ -1,7 +1,5 @@
 """Unpacking: links within the archive live, nothing lands or points outside of the target."""
 
-from __future__ import annotations
-
 import io
 import os
 import tarfile

@@ -1,7 +1,5 @@
 """The daily counter: by calendar day, across restarts, threads and processes."""
 
-from __future__ import annotations
-
 import datetime
 import json
 import threading

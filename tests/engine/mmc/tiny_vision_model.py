@@ -3,8 +3,6 @@
 Architecture and tokenizer of Qwen3-VL, random weights: it loads, sees and speaks, but nonsense.
 """
 
-from __future__ import annotations
-
 from pathlib import Path
 
 import gguf

@@ -1,7 +1,5 @@
 """SHA-256 of files, read in blocks so that any size fits in memory."""
 
-from __future__ import annotations
-
 import hashlib
 from pathlib import Path
 

@@ -1,7 +1,5 @@
 """Failures of the disk as one line: full, or not writable, and what to do about it."""
 
-from __future__ import annotations
-
 import errno
 from collections.abc import Iterator
 from contextlib import contextmanager

@@ -3,8 +3,6 @@
 Whatever interrupts it, the bytes already on disk are kept and only the rest is asked for next time.
 """
 
-from __future__ import annotations
-
 import shutil
 import time
 from pathlib import Path

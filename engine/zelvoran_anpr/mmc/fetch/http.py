@@ -1,7 +1,5 @@
 """HTTP GET with the standard library: one opener, and failures told apart by whether to retry."""
 
-from __future__ import annotations
-
 import http.client
 import json
 import ssl

@@ -1,7 +1,5 @@
 """One self-overwriting progress line on standard error, only where a person watches."""
 
-from __future__ import annotations
-
 import os
 import sys
 import time

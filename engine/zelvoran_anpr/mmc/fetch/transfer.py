@@ -1,7 +1,5 @@
 """One HTTP transfer that continues a partial file; what arrived before a failure stays in it."""
 
-from __future__ import annotations
-
 import http.client
 import re
 from dataclasses import dataclass

@@ -1,7 +1,5 @@
 """Which accelerators this machine offers, asked from the drivers themselves."""
 
-from __future__ import annotations
-
 import ctypes
 import os
 import platform

@@ -1,7 +1,5 @@
 """The members of a .zip or a .tar archive in one form, each to be opened when it is its turn."""
 
-from __future__ import annotations
-
 import stat
 import tarfile
 import zipfile

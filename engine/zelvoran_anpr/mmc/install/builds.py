@@ -4,8 +4,6 @@ File names read `llama-<tag>-bin-<system>[-<accelerator>[-<version>]]-<machine>.
 a plain one is for the CPU, except on Apple silicon, where it has Metal built in.
 """
 
-from __future__ import annotations
-
 import re
 from dataclasses import dataclass
 

@@ -1,7 +1,5 @@
 """Finding a llama-server that can be used, and trying whether it starts."""
 
-from __future__ import annotations
-
 import json
 import os
 import shutil

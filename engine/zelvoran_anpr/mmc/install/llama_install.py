@@ -4,8 +4,6 @@ Below the binaries' folder: `downloads/` (resumable parts), `releases/<tag>-<var
 `current.json`, whose atomic replacement is the moment of the switch.
 """
 
-from __future__ import annotations
-
 import json
 import os
 import shutil

@@ -1,7 +1,5 @@
 """Choosing a llama-server: the user's own, the installed one, or the best build of a release."""
 
-from __future__ import annotations
-
 import os
 import shutil
 from collections.abc import Iterator

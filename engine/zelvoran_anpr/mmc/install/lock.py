@@ -1,7 +1,5 @@
 """A lock file that one process holds; the system lets go of it when that process dies."""
 
-from __future__ import annotations
-
 import os
 import time
 from pathlib import Path
@@ -43,7 +41,7 @@ class FileLock:
         self._path, self._busy, self._wait, self._quiet = path, busy, wait, quiet
         self._fd = -1
 
-    def __enter__(self) -> FileLock:
+    def __enter__(self) -> "FileLock":
         self._path.parent.mkdir(parents=True, exist_ok=True)
         told = self._quiet
         while not self._acquire():

@@ -3,8 +3,6 @@
 Pinned, so that a mirror can delay the files but not change them.
 """
 
-from __future__ import annotations
-
 import json
 import os
 from dataclasses import dataclass

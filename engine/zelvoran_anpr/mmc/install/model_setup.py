@@ -1,7 +1,5 @@
 """Downloading the model files from the model hub or a mirror of it, resuming and verifying."""
 
-from __future__ import annotations
-
 from pathlib import Path
 
 from ..errors import MmcError

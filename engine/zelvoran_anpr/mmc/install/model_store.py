@@ -1,7 +1,5 @@
 """The model folder: which files are whole, told without reading a gigabyte each time."""
 
-from __future__ import annotations
-
 import contextlib
 import json
 import os

@@ -1,7 +1,5 @@
 """The release page of llama.cpp: which releases there are and which files they carry."""
 
-from __future__ import annotations
-
 import os
 import re
 from dataclasses import dataclass

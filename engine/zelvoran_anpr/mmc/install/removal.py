@@ -1,7 +1,5 @@
 """Sizing and removing one folder without ever leaving it: links are unlinked, never followed."""
 
-from __future__ import annotations
-
 import errno
 import os
 import shutil

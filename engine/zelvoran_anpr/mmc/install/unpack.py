@@ -1,7 +1,5 @@
 """Unpacking a release archive so that nothing can land, or point, outside the target folder."""
 
-from __future__ import annotations
-
 import os
 import shutil
 import tarfile

@@ -1,7 +1,5 @@
 """What a make/model/colour backend can do, and which one the configuration asks for."""
 
-from __future__ import annotations
-
 from collections.abc import Mapping
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, Protocol
@@ -28,7 +26,7 @@ class MmcBackend(Protocol):
     def status(self) -> dict[str, Any]:
         """available, backend, mmc_calls_today, mmc_daily_limit, mmc_remaining; error if any."""
 
-    def recognise(self, vehicle_rgb: np.ndarray) -> dict[str, str]:
+    def recognise(self, vehicle_rgb: "np.ndarray") -> dict[str, str]:
         """make, model and color of an HxWx3 uint8 RGB crop, "" for unknown; raises MmcError."""
 
 

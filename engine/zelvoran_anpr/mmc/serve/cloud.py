@@ -1,7 +1,5 @@
 """The remote backend: one HTTPS call per vehicle to a service that the configuration names."""
 
-from __future__ import annotations
-
 from pathlib import Path
 from typing import Any
 

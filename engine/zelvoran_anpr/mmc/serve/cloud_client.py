@@ -3,8 +3,6 @@
 POST of `image/jpeg` with `Authorization: Bearer <key>`; the answer is JSON: make, model, color.
 """
 
-from __future__ import annotations
-
 import http.client
 import json
 import urllib.error

@@ -1,7 +1,5 @@
 """From a photo and a plate's box to the picture of the vehicle that a recogniser looks at."""
 
-from __future__ import annotations
-
 import io
 import math
 from collections.abc import Sequence

@@ -1,7 +1,5 @@
 """Requests under way: new ones are let in until the gate closes, and closing waits for the rest."""
 
-from __future__ import annotations
-
 import threading
 from collections.abc import Iterator
 from contextlib import contextmanager

@@ -1,7 +1,5 @@
 """One llama-server process: started on a free loopback port, asked for health, ended for sure."""
 
-from __future__ import annotations
-
 import contextlib
 import http.client
 import os

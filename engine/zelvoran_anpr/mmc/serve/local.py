@@ -1,7 +1,5 @@
 """The on-device backend: a supervised llama-server that is shown one vehicle at a time."""
 
-from __future__ import annotations
-
 import http.client
 import json
 import secrets

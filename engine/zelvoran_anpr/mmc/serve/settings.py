@@ -1,7 +1,5 @@
 """The `mmc` section of the server configuration, checked; a wrong value names its key."""
 
-from __future__ import annotations
-
 import os
 from collections.abc import Mapping
 from dataclasses import dataclass

@@ -3,8 +3,6 @@
 The process belongs to the supervisor's own thread, which lives as long as the backend does.
 """
 
-from __future__ import annotations
-
 import threading
 import time
 from collections.abc import Callable

@@ -4,8 +4,6 @@ Standalone: started by path with the bare interpreter, so that it is there withi
 usage: tether.py -- command...
 """
 
-from __future__ import annotations
-
 import contextlib
 import ctypes
 import os

@@ -1,7 +1,5 @@
 """How many calls a backend made today, kept across restarts and shared by servers of one folder."""
 
-from __future__ import annotations
-
 import datetime
 import json
 import os

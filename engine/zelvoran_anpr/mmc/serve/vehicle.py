@@ -1,7 +1,5 @@
 """What is asked about a vehicle, the shape of the answer, and its three fields as clean text."""
 
-from __future__ import annotations
-
 import base64
 import json
 import unicodedata
