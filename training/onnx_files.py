@@ -41,6 +41,7 @@ def run(path: Path, picture: np.ndarray) -> list[np.ndarray]:
     """Return the file's outputs for one input."""
     import onnxruntime
 
+    onnxruntime.disable_telemetry_events()
     session = onnxruntime.InferenceSession(str(path), providers=["CPUExecutionProvider"])
     return session.run(None, {session.get_inputs()[0].name: picture})
 

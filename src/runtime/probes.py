@@ -48,6 +48,7 @@ def main():
     if sys.path[:1] == [""]:  # modules of the folder the user happens to stand in are not ours
         del sys.path[0]
     sys.argv[:] = ["zv-anpr"]
+    os.environ["ORT_DISABLE_TELEMETRY"] = "1"  # its builds send usage data to their maker
     try:
         for answer in globals()[name]():
             os.write(descriptor, (json.dumps(answer) + "\n").encode("ascii"))

@@ -36,6 +36,7 @@ class ExportedDetector:
     def __init__(self, path: Path, longest: int, threads: int = 2):
         import onnxruntime
 
+        onnxruntime.disable_telemetry_events()
         options = onnxruntime.SessionOptions()
         options.intra_op_num_threads = threads
         options.add_session_config_entry("session.intra_op.allow_spinning", "0")

@@ -5,7 +5,7 @@ import sys
 from importlib.util import find_spec
 from pathlib import Path
 
-import onnxruntime
+from .quiet_runtime import onnxruntime
 
 _PROVIDER = "CUDAExecutionProvider"
 

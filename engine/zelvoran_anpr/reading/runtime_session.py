@@ -1,10 +1,9 @@
 """Opens ONNX Runtime sessions: backend to execution provider, thread limits, clear failures."""
 
-import onnxruntime
-
 from .cpu_cores import physical_cores
 from .cuda_start import cuda_start_problem, preload_cuda_libraries
 from .errors import BackendError
+from .quiet_runtime import onnxruntime
 
 PROVIDERS = {
     "cpu": "CPUExecutionProvider",
