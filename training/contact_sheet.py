@@ -13,7 +13,7 @@ from random import Random
 from PIL import Image
 
 from .fonts import catalogue
-from .scene.crop import shoot, straighten
+from .scene.crop import Shot, sample, shoot
 
 CELL = (200, 100)  # pixels
 ROWS, COLUMNS = 10, 4  # of each half
@@ -36,8 +36,16 @@ def _cut(folder: Path, row: dict) -> Image.Image:
 
 def rendered_crops(fonts: dict, group: str, rng: Random, heights: list[int], straight: bool):
     """Return rendered plates of the group, as high on their photos as the given heights."""
+    if straight:
+        return [Image.fromarray(sample(fonts, rng, group)[0]) for _ in heights]
     shots = [shoot(fonts, rng, group, height) for height in heights]
-    return [straighten(s, rng) if straight else s.picture for s in shots]
+    return [_near_plate(shot) for shot in shots]
+
+
+def _near_plate(shot: Shot) -> Image.Image:
+    low, high = shot.corners.min(axis=0), shot.corners.max(axis=0)
+    edge = 0.12 * (high - low)
+    return shot.picture.crop(tuple(map(round, (*(low - edge), *(high + edge)))))
 
 
 def sheet(halves: list[list[Image.Image]]) -> Image.Image:

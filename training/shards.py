@@ -1,8 +1,10 @@
 """Rendered samples on disk, for machines where cores are few and time is not.
 
-    python -m training.shards --fonts FONTS --out shards --samples 300000 --max-gb 4
+    python -m training.shards --fonts FONTS --out shards --samples 300000 --max-gb 4 \\
+        --mix eup=.3,na=.25,sa=.15,cn=.1,kr=.06,jp=.06,tworow=.08
 
 A shard holds 4096 samples as JPEG; written whole or not at all, so rendering can stop and go on.
+Several processes may write into one folder, each with a seed of its own.
 """
 
 import argparse
@@ -19,22 +21,44 @@ from PIL import Image
 
 from .alphabet import GROUPS, encode
 from .fonts import catalogue
-from .scene.crop import sample
+from .plates.catalogue import NAMES
+from .scene.crop import any_face, shown
+
+Sample = tuple[bytes, list[int], int]  # JPEG, classes, region index or -1
 
 SHARD = 4096  # samples
+SHOTS = 4  # of a drawn plate, each with its own surroundings, light and look
 _MIXED = 8  # shards whose samples are shuffled together
 _QUALITY = 93
 
 
-def render(number: int, fonts: dict, seed: int, group: str = "") -> tuple[bytes, list[int], int]:
-    """Return sample `number` as (JPEG, classes, region index or -1); `group` as in `sample`."""
-    picture, text, group = sample(fonts, Random(f"{seed}:{number}"), group)
+def render(plate: int, fonts: dict, seed: int, mix: dict[str, float] | None = None) -> list[Sample]:
+    """Return SHOTS samples of plate `plate` as (JPEG, classes, region index or -1).
+
+    `mix` gives weights to region groups and sets of designs; without it their usual shares hold.
+    """
+    rng = Random(f"{seed}:{plate}")
+    name = rng.choices(list(mix), list(mix.values()))[0] if mix else ""
+    face = any_face(fonts, rng, name)
+    return [_packed(*shown(face, fonts, rng)) for _ in range(SHOTS)]
+
+
+def _packed(picture: np.ndarray, text: str, group: str) -> Sample:
     file = io.BytesIO()
     Image.fromarray(picture).save(file, "JPEG", quality=_QUALITY, subsampling=0)
     return file.getvalue(), encode(text), GROUPS.index(group) if group else -1
 
 
-def write(path: Path, samples: list[tuple[bytes, list[int], int]]) -> None:
+def mixture(text: str) -> dict[str, float]:
+    """Return the weights of "na=2,kr=0.5"; ValueError for a name that is none, or no weights."""
+    pairs = [part.partition("=") for part in text.split(",")]
+    mix = {name: float(weight or 1) for name, _, weight in pairs}
+    if not mix.keys() <= set(NAMES) or not sum(mix.values()) > 0 or min(mix.values()) < 0:
+        raise ValueError(f"{text!r}: wanted NAME=WEIGHT,... of {' '.join(NAMES)}")
+    return mix
+
+
+def write(path: Path, samples: list[Sample]) -> None:
     """Write one shard."""
     pictures, classes, regions = zip(*samples, strict=True)
     draft = path.with_suffix(".part.npz")
@@ -98,18 +122,18 @@ def main() -> None:
     parser.add_argument("--max-gb", type=float, default=4)
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--group", default="", choices=("", *GROUPS), help="plates of one group")
+    parser.add_argument("--mix", type=mixture, help="NAME=WEIGHT,... of groups and sets")
     args = parser.parse_args()
     args.out.mkdir(parents=True, exist_ok=True)
-    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed, group=args.group)
+    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed, mix=args.mix)
     with Pool(args.workers) as pool:
         for shard in range(-(-args.samples // SHARD)):
             path = args.out / f"shard-{args.seed:03}-{shard:05}.npz"
             if sum(f.stat().st_size for f in args.out.glob("*.npz")) > args.max_gb * 1e9:
                 break
             if not path.exists():
-                numbers = range(shard * SHARD, (shard + 1) * SHARD)
-                write(path, pool.map(make, numbers, chunksize=64))
+                plates = range(shard * SHARD // SHOTS, (shard + 1) * SHARD // SHOTS)
+                write(path, [s for shots in pool.map(make, plates, chunksize=16) for s in shots])
                 print(path, flush=True)
 
 

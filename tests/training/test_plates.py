@@ -47,6 +47,23 @@ def test_ink_stays_in_the_text_box(fonts):
         assert ink[2] <= box[2] + 2 and ink[3] <= box[3] + 2, design
 
 
+def test_marks_spell_the_text_inside_the_plate(fonts):
+    rng = Random(6)
+    for _ in range(60):
+        face = draw_face(fonts, rng)
+        assert "".join(mark.text for mark in face.marks) == face.text
+        for mark in face.marks:
+            left, top, right, bottom = mark.box
+            assert -1 <= left < right <= face.picture.width + 1
+            assert -1 <= top < bottom <= face.picture.height + 1
+
+
+def test_a_japanese_plates_upper_row_and_kana_are_minor(fonts):
+    face = draw_face(fonts, Random(2), "jp")
+    big = "".join(mark.text for mark in face.marks if not mark.minor)
+    assert big == face.text[-len(big) :] and 2 <= len(big) <= 4 and big.isdigit()
+
+
 def test_a_seed_repeats_a_plate(fonts):
     first, second = (draw_face(fonts, Random(9)) for _ in range(2))
     other = draw_face(fonts, Random(10))

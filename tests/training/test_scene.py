@@ -11,10 +11,12 @@ from PIL import Image
 
 from training.plates.design import Design
 from training.plates.face import Face
-from training.scene import crop, geometry
+from training.plates.lettering import Mark
+from training.scene import crop, geometry, looks
 from training.scene.light import weather
 from training.scene.mounting import mount
 from training.scene.vehicle import park
+from training.scene.visible import text_in
 
 _SQUARE = geometry.corners(0, 0, 10, 10)
 
@@ -75,6 +77,51 @@ def test_weather_keeps_the_shape_and_changes_the_light():
     seen = [weather(grey, Random(seed)) for seed in range(30)]
     assert all(picture.shape == grey.shape for picture in seen)
     assert np.std([picture.mean() for picture in seen]) > 10
+
+
+_PLATE = geometry.corners(20, 10, 220, 60)
+
+
+def _marked(*boxes, minor: bool = False) -> Face:
+    marks = tuple(Mark(c, box, minor) for c, box in zip("ABC", boxes, strict=False))
+    return Face(
+        Image.new("RGB", (200, 50)), "ABC"[: len(boxes)], Design("eup", "xx", ("L",)), marks
+    )
+
+
+def test_the_text_is_what_the_area_shows():
+    face = _marked((10, 5, 50, 45), (80, 5, 120, 45), (150, 5, 190, 45))
+    assert text_in(face, _PLATE, _PLATE) == "ABC"
+    assert text_in(face, _PLATE, geometry.corners(55, 10, 220, 60)) == "BC"
+    assert text_in(face, _PLATE, geometry.corners(20, 10, 180, 60)) == "AB"
+    assert text_in(face, _PLATE, geometry.corners(35, 0, 205, 90)) == "ABC"
+    assert text_in(face, _PLATE, geometry.corners(20, 45, 220, 60)) == ""
+
+
+def test_minor_characters_are_not_asked_for_where_they_are_tiny():
+    face = _marked((10, 5, 50, 20), minor=True)
+    assert text_in(face, _PLATE, _PLATE) == "A"
+    assert text_in(face, _PLATE / 3, _PLATE / 3) == ""
+    assert text_in(_marked((10, 5, 50, 20)), _PLATE / 3, _PLATE / 3) == "A"
+
+
+@pytest.mark.parametrize("look", [looks.found, looks.whole, looks.skewed])
+def test_a_look_is_about_the_plate_and_stays_in_its_room(look):
+    areas = [look(_PLATE, Random(seed)) for seed in range(200)]
+    reach = looks.ROOM * np.ptp(_PLATE, axis=0)
+    for area in areas:
+        centre = area.mean(axis=0) - _PLATE.mean(axis=0)
+        assert (np.abs(centre) < 0.36 * np.ptp(_PLATE, axis=0)).all()
+    inside = [
+        (a >= _PLATE.min(0) - reach).all() and (a <= _PLATE.max(0) + reach).all() for a in areas
+    ]
+    assert np.mean(inside) > (0.5 if look is looks.skewed else 0.97)
+
+
+def test_whole_pictures_have_any_border_and_at_times_cut_the_plate():
+    lefts = [20 - looks.whole(_PLATE, Random(seed))[0, 0] for seed in range(300)]
+    assert max(lefts) > 0.3 * 200 and min(lefts) < -0.2 * 200
+    assert 0.02 < np.mean(np.array(lefts) < 0) < 0.2
 
 
 def test_a_sample_is_what_the_reader_takes(fonts):

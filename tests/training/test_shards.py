@@ -8,20 +8,25 @@ import pytest
 from PIL import Image
 
 from training import alphabet, shards
-from training.scene.crop import HEIGHT, WIDTH, sample
+from training.scene.crop import HEIGHT, WIDTH, any_face, sample, shown
 
 
-def test_a_sample_number_always_gives_the_same_plate(fonts):
+def test_a_plate_number_always_gives_the_same_samples(fonts):
     first, again = (shards.render(7, fonts, seed=1) for _ in range(2))
     assert first == again
     assert shards.render(8, fonts, seed=1) != first != shards.render(7, fonts, seed=2)
 
 
+def test_a_plate_is_photographed_several_times_anew(fonts):
+    shots = shards.render(5, fonts, 1, {"eup": 1})
+    assert len(shots) == shards.SHOTS == len({jpeg for jpeg, _, _ in shots})
+
+
 def test_a_shard_gives_back_its_samples(fonts, tmp_path):
-    samples = [shards.render(number, fonts, seed=1) for number in range(5)]
+    samples = shards.render(0, fonts, seed=1) + shards.render(1, fonts, seed=1)
     shards.write(tmp_path / "shard-0.npz", samples)
     found = shards.read(tmp_path / "shard-0.npz")
-    assert len(found) == 5
+    assert len(found) == len(samples)
     for (jpeg, classes, region), (stored, read_classes, read_region) in zip(
         samples, found, strict=True
     ):
@@ -31,8 +36,9 @@ def test_a_shard_gives_back_its_samples(fonts, tmp_path):
 
 
 def test_the_stored_picture_is_the_rendered_one(fonts):
-    jpeg, classes, _ = shards.render(3, fonts, seed=1)
-    picture, text, _ = sample(fonts, Random("1:3"))
+    jpeg, classes, _ = shards.render(3, fonts, seed=1)[0]
+    rng = Random("1:3")
+    picture, text, _ = shown(any_face(fonts, rng), fonts, rng)
     stored = np.asarray(Image.open(io.BytesIO(jpeg))).astype(int)
     assert alphabet.decode(classes) == text
     assert np.abs(stored - picture).mean() < 6
@@ -47,7 +53,7 @@ def test_batches_mix_shards_and_a_round_shows_each_sample_once(fonts, tmp_path, 
     pytest.importorskip("torch")
     monkeypatch.setattr(shards, "SHARD", 6)
     for shard in range(3):
-        picture = shards.render(shard, fonts, seed=1)[0]
+        picture = shards.render(shard, fonts, seed=1)[0][0]
         rows = [(picture, [shard] * 14, 6 * shard + i) for i in range(6)]
         shards.write(tmp_path / f"shard-{shard}.npz", rows)
     endless = shards.stored_batches(tmp_path, 3, seed=1, first=0)
@@ -63,6 +69,14 @@ def test_a_folder_without_shards_is_named(tmp_path):
         next(shards.stored_batches(tmp_path, 4, seed=1, first=0))
 
 
-def test_one_group_can_be_asked_for(fonts):
-    regions = {shards.render(number, fonts, 1, "na")[2] for number in range(12)}
-    assert alphabet.GROUPS.index("na") in regions <= {alphabet.GROUPS.index("na"), -1}
+def test_a_mixture_draws_what_it_names(fonts):
+    mix = shards.mixture("na=1,kr=3,cn=0")
+    regions = [shards.render(plate, fonts, 1, mix)[0][2] for plate in range(24)]
+    na, kr = (regions.count(alphabet.GROUPS.index(group)) for group in ("na", "kr"))
+    assert kr > na > 0 and {*regions} <= {-1, *map(alphabet.GROUPS.index, ("na", "kr"))}
+
+
+@pytest.mark.parametrize("text", ["xx=1", "na=-1,kr=2", "na=0", "na=much", ""])
+def test_a_wrong_mixture_is_refused(text):
+    with pytest.raises(ValueError):
+        shards.mixture(text)

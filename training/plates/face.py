@@ -9,17 +9,18 @@ from PIL import Image, ImageChops, ImageDraw
 from . import ornaments, pictures
 from .catalogue import choose
 from .design import WHITE, Colour, Design
-from .lettering import Lettering, set_rows
+from .lettering import Lettering, Mark, set_rows
 from .text import write
 
 
 @dataclass
 class Face:
-    """`picture` is RGB, the plate to its edges."""
+    """`picture` is RGB, the plate to its edges; `marks` are the characters of the text on it."""
 
     picture: Image.Image
     text: str
     design: Design
+    marks: tuple[Mark, ...] = ()
 
 
 def draw_face(fonts: dict, rng: Random, group: str = "", height: int = 0) -> Face:
@@ -46,7 +47,7 @@ def draw_face(fonts: dict, rng: Random, group: str = "", height: int = 0) -> Fac
     if rng.random() < design.wire_seal:
         ornaments.wire_seal(plate, rng)
     ornaments.screws(plate, design.screws or ((0.5, 0.1) if rng.random() < 0.15 else ()), rng)
-    return Face(plate, text, design)
+    return Face(plate, text, design, tuple(lettering.marks))
 
 
 def _shade(colour: Colour, rng: Random) -> Colour:

@@ -1,6 +1,6 @@
-"""Sets rows of signs into a plate's text box: one mask of all ink, and where the seals are."""
+"""Sets rows of signs into a text box: one mask of all ink, where characters and seals are."""
 
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from random import Random
 
 from PIL import Image, ImageDraw
@@ -11,8 +11,21 @@ from .glyphs import CAP_HEIGHT, glyph
 from .text import Sign
 
 _WIDTHS = {"gap": 0.42, "dash": 0.42, "dot": 0.3, "seal": 0.62, "bar": 0.4}  # in row heights
+_MINOR = 0.7  # height as a share of the largest characters' below which one is minor
 _STROKES = 0.45  # share of plates whose letters no font has
 _WEIGHTS = (0, 0, 0, 1, 1, 2, 3, -1)  # pixels by which strokes are thicker in a glyph's mask
+
+
+@dataclass(frozen=True)
+class Mark:
+    """A character that belongs to the text: its box (left, top, right, bottom) in pixels.
+
+    `minor` ones are much smaller than the others, as Japan's upper row, and get lost first.
+    """
+
+    text: str
+    box: tuple[float, float, float, float]
+    minor: bool = False
 
 
 @dataclass
@@ -21,6 +34,7 @@ class Lettering:
 
     ink: Image.Image
     seals: list[tuple[int, int, int, int]]
+    marks: list[Mark] = field(default_factory=list)
 
 
 @dataclass(frozen=True)
@@ -51,7 +65,8 @@ def set_rows(
     shares = design.rows if len(design.rows) == len(rows) else (1 / len(rows),) * len(rows)
     for row, share in zip(rows, shares, strict=True):
         height = usable * share / sum(shares)
-        _set_row(result, row, style, (left, top, right, top + height), rng)
+        size = share / max(shares)
+        _set_row(result, row, style, (left, top, right, top + height), size, rng)
         top += height + gap
     return result
 
@@ -67,7 +82,10 @@ def _style(design: Design, fonts: dict, rng: Random) -> _Style:
     )
 
 
-def _set_row(result: Lettering, row: list[Sign], style: _Style, box: tuple, rng: Random) -> None:
+def _set_row(
+    result: Lettering, row: list[Sign], style: _Style, box: tuple, size: float, rng: Random
+) -> None:
+    """Set a row into its box; `size` is its height as a share of the largest row's."""
     left, top, right, bottom = box
     height = bottom - top
     advances = [_advance(sign, style) * height for sign in row]
@@ -77,7 +95,10 @@ def _set_row(result: Lettering, row: list[Sign], style: _Style, box: tuple, rng:
     x = left + rng.choice((0.5, 0.5, rng.random())) * (room - squeeze * spread) * sum(advances)
     for sign, advance in zip(row, advances, strict=True):
         width, extra = squeeze * advance, squeeze * advance * (spread - 1) / 2
-        _set_sign(result, sign, style, (x + extra, top, x + extra + width, bottom), rng)
+        place = (x + extra, top, x + extra + width, bottom)
+        _set_sign(result, sign, style, place, rng)
+        if sign.text:
+            result.marks.append(Mark(sign.text, _reach(sign, place), size * sign.scale < _MINOR))
         x += width + 2 * extra
 
 
@@ -105,13 +126,20 @@ def _set_sign(result: Lettering, sign: Sign, style: _Style, box: tuple, rng: Ran
 
 
 def _set_char(result: Lettering, sign: Sign, style: _Style, box: tuple) -> None:
-    left, top, right, bottom = box
-    high = max(2, round((bottom - top) * sign.scale))
+    left, top, right, bottom = _reach(sign, box)
+    high = max(2, round(bottom - top))
     wide = max(1, round(right - left))
     mask = glyph(_font_of(sign, style), sign.char, style.weight)
     mask = mask.resize((wide, high), Image.Resampling.BOX)
-    y = round(top + ((bottom - top) - high) * (1.0 if sign.scale > 0.6 else 0.6))
-    result.ink.paste(255, (round(left), y), mask)
+    result.ink.paste(255, (round(left), round(top)), mask)
+
+
+def _reach(sign: Sign, box: tuple) -> tuple[float, float, float, float]:
+    """Return the part of a sign's box that its scale leaves: at the foot, small ones above it."""
+    left, top, right, bottom = box
+    high = (bottom - top) * sign.scale
+    y = top + ((bottom - top) - high) * (1.0 if sign.scale > 0.6 else 0.6)
+    return left, y, right, y + high
 
 
 def _set_stroke(draw: ImageDraw.ImageDraw, kind: str, box: tuple, thick: float) -> None:

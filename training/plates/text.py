@@ -16,13 +16,14 @@ class Sign:
     kind: str
     char: str = ""
     scale: float = 1.0
+    text: str = ""  # what a reader should give for it
 
 
 def write(design: Design, rng: Random) -> tuple[list[list[Sign]], str]:
     """Return the rows of signs of a new plate, and its text."""
     pattern = rng.choice(design.patterns)
     rows = [_row(part, design, rng) for part in pattern.split("/")]
-    return rows, "".join(sign.char for row in rows for sign in row)
+    return rows, "".join(sign.text for row in rows for sign in row)
 
 
 def _row(pattern: str, design: Design, rng: Random) -> list[Sign]:
@@ -37,7 +38,7 @@ def _row(pattern: str, design: Design, rng: Random) -> list[Sign]:
             scale = 0.75 if mark == "|" else scale
         else:
             chars = mark if literal else _characters(mark, design, rng)
-            signs += [Sign("char", c, scale * _own_scale(mark)) for c in chars]
+            signs += [Sign("char", c, scale * _own_scale(mark), c) for c in chars]
         literal = False
     return signs
 

@@ -9,8 +9,9 @@ from random import Random
 import numpy as np
 from PIL import Image, ImageOps
 
+from ..plates.face import draw_face
 from ..scene import geometry
-from ..scene.crop import Shot, shoot, straighten
+from ..scene.crop import Shot, shown, straighten
 
 
 @dataclass(frozen=True)
@@ -42,6 +43,5 @@ def rendered(fonts: dict, count: int, seed: int) -> Iterator[Labelled]:
     """Yield rendered plates that no training with another seed sees."""
     for number in range(count):
         rng = Random(f"measure {seed}:{number}")
-        shot = shoot(fonts, rng)
-        picture = np.asarray(straighten(shot, rng))
-        yield Labelled(picture, shot.face.text, shot.face.design.group)
+        picture, text, group = shown(draw_face(fonts, rng), fonts, rng)
+        yield Labelled(picture, text, group)

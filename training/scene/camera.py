@@ -1,24 +1,29 @@
 """What lens, sensor and file format do to a picture: blur, noise, sharpening, scaling, JPEG."""
 
 import io
+from math import cos, pi, sin
 from random import Random
 
 import numpy as np
 from PIL import Image, ImageFilter
 
+# Shares of the plate's height on the photo
+_BLUR = 0.026  # spread of the blur's spread
+_MOTION = (0.03, 0.2)
+_SHARPEST = 90  # pixels of a plate's height above which blur does not grow
+
 
 def photograph(picture: Image.Image, rng: Random, detail: float) -> Image.Image:
     """Return the picture as a camera stores it.
 
-    `detail` is the height of the plate in pixels; small plates get less blur, so that most stay
-    readable.
+    `detail` is the height of the plate in pixels; blur grows with it, so that most stay readable.
     """
-    strength = min(1.0, max(0.25, detail / 45))
     draw = rng.random()
-    if draw < 0.4:
-        picture = picture.filter(ImageFilter.GaussianBlur(abs(rng.gauss(0, 1.1)) * strength))
-    elif draw < 0.55:
-        picture = _moved(picture, rng, strength)
+    if draw < 0.42:
+        sigma = min(abs(rng.gauss(0, _BLUR)), 2.4 * _BLUR) * min(detail, _SHARPEST)
+        picture = picture.filter(ImageFilter.GaussianBlur(sigma))
+    elif draw < 0.58:
+        picture = _moved(picture, rng.uniform(*_MOTION) * min(detail, _SHARPEST), rng)
     picture = _noisy(picture, rng)
     if rng.random() < 0.3:
         picture = picture.filter(
@@ -29,12 +34,14 @@ def photograph(picture: Image.Image, rng: Random, detail: float) -> Image.Image:
     return picture
 
 
-def _moved(picture: Image.Image, rng: Random, strength: float) -> Image.Image:
-    """Blur along a line of a few pixels."""
+def _moved(picture: Image.Image, length: float, rng: Random) -> Image.Image:
+    """Blur along a line of some pixels, mostly as a passing car or a nodding camera does."""
     pixels = np.asarray(picture, np.float32)
-    steps = max(2, round(rng.uniform(2, 6) * strength))
-    dx, dy = rng.choice(((1, 0), (0, 1), (1, 1), (1, -1), (1, 0)))
-    total = sum(np.roll(pixels, (i * dy, i * dx), (0, 1)) for i in range(steps))
+    steps = max(2, round(length) + 1)
+    angle = rng.choice((0.0, 0.0, pi / 2, rng.uniform(0, pi)))
+    reach = np.arange(steps) - (steps - 1) / 2
+    places = zip(np.rint(reach * cos(angle)), np.rint(reach * sin(angle)), strict=True)
+    total = sum(np.roll(pixels, (int(y), int(x)), (0, 1)) for x, y in places)
     return Image.fromarray((total / steps).astype(np.uint8))
 
 
@@ -59,6 +66,10 @@ def _stored(picture: Image.Image, rng: Random) -> Image.Image:
             rng.choice((Image.Resampling.BILINEAR, Image.Resampling.BICUBIC)),
         )
     file = io.BytesIO()
-    picture.save(file, "JPEG", quality=rng.choice((rng.randint(14, 45), rng.randint(40, 95))))
+    picture.save(
+        file,
+        "JPEG",
+        quality=rng.choice((rng.randint(10, 40), rng.randint(40, 95), rng.randint(40, 95))),
+    )
     stored = Image.open(file)
     return stored if scale == 1 else stored.resize(size, Image.Resampling.BILINEAR)

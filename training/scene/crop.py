@@ -1,4 +1,4 @@
-"""One sample for the reader: a plate photographed, found not quite exactly, and straightened."""
+"""One sample for the reader: a plate photographed, found more or less exactly, and straightened."""
 
 from dataclasses import dataclass
 from random import Random
@@ -7,16 +7,18 @@ import numpy as np
 from PIL import Image
 
 from ..plates.face import Face, draw_face
-from . import geometry
+from . import geometry, looks
 from .camera import photograph
 from .light import weather
 from .mounting import mount
 from .signs import draw_sign
+from .visible import text_in
 
 WIDTH, HEIGHT = 192, 64  # pixels of the reader's input
-_DETAIL = (12, 64)  # heights of a plate on the photo in pixels
-
-_SIGNS = 0.04  # share of samples that are no plates
+_DETAIL = (10, 72)  # heights of a plate on the photo in pixels
+_SIGNS = 0.05  # share of samples that are no plates
+_AROUND = (0.5, 0.9)  # car around the plate, as shares of its width and its height
+_SQUEEZED = (64, 128), (20, 40)  # sizes to which crops are at times squeezed before
 
 
 @dataclass
@@ -35,7 +37,7 @@ def shoot(fonts: dict, rng: Random, group: str = "", detail: float = 0) -> Shot:
 
 def photographed(face: Face, fonts: dict, rng: Random, detail: float = 0) -> Shot:
     """Photograph a plate or a sign, with a little around it."""
-    scene, box = mount(face, fonts, rng)
+    scene, box = mount(face, fonts, rng, around=_AROUND)
     detail = detail or _any_detail(rng, face)
     plate = geometry.corners(*box)
     flat = geometry.corners(0, 0, *scene.size)
@@ -49,9 +51,9 @@ def _taken(scene, matrix: np.ndarray, plate: np.ndarray, detail: float, face: Fa
     seen = geometry.project(matrix, plate)
     heights = np.hypot(*(seen[[3, 2]] - seen[[0, 1]]).T)
     scale = detail / max(float(heights.mean()), 1)
-    low = seen.min(axis=0) - 0.16 * np.ptp(seen, axis=0) - 2 / scale
-    size = np.ceil((np.ptp(seen, axis=0) * 1.32 + 4 / scale) * scale).astype(int)
-    size = np.clip(size, 10, 480)
+    low = seen.min(axis=0) - looks.ROOM * np.ptp(seen, axis=0) - 2 / scale
+    size = np.ceil((np.ptp(seen, axis=0) * (1 + 2 * looks.ROOM) + 4 / scale) * scale).astype(int)
+    size = np.clip(size, 10, 720)
     shown = (seen - low) * scale
     if scale < 0.6:
         scene, plate = _reduced(scene, plate, scale)
@@ -77,12 +79,12 @@ def _reduced(scene: Image.Image, plate: np.ndarray, scale: float):
 def _any_detail(rng: Random, face: Face) -> float:
     low, high = _DETAIL
     rows = 1.5 if face.design.aspect < 2.4 else 1.0  # taller plates show more pixels
-    return rows * low * (high / low) ** rng.random() ** 0.8 * (1.6 if rng.random() < 0.1 else 1.0)
+    return rows * low * (high / low) ** rng.random() * (1.6 if rng.random() < 0.1 else 1.0)
 
 
-def straighten(shot: Shot, rng: Random | None = None) -> Image.Image:
-    """Return the plate as WIDTH x HEIGHT picture; with `rng` as a detector finds it."""
-    area = shot.corners if rng is None else _inexact(shot.corners, rng)
+def straighten(shot: Shot, area: np.ndarray | None = None) -> Image.Image:
+    """Return the area of a photo, the plate itself when None, as WIDTH x HEIGHT picture."""
+    area = shot.corners if area is None else area
     spans = np.hypot(*(area[[1, 3]] - area[0]).T)
     factor = max(1, int(min(spans / (WIDTH, HEIGHT))))  # large plates are averaged, not sampled
     size = (factor * WIDTH, factor * HEIGHT)
@@ -92,27 +94,34 @@ def straighten(shot: Shot, rng: Random | None = None) -> Image.Image:
     return picture.reduce(factor) if factor > 1 else picture
 
 
-def _inexact(quad: np.ndarray, rng: Random) -> np.ndarray:
-    """Shift, stretch and turn a quad; at times take the upright box around it."""
-    if rng.random() < 0.12:
-        (left, top), (right, bottom) = quad.min(axis=0), quad.max(axis=0)
-        quad = geometry.corners(left, top, right, bottom)
-    along, down = quad[1] - quad[0], quad[3] - quad[0]
-    jitter = rng.choice((0.01, 0.025, 0.05))
-    moved = quad + [
-        rng.gauss(0, jitter * 0.4) * along + rng.gauss(0, jitter) * down for _ in range(4)
-    ]
-    x, y = rng.gauss(0.02, 0.025), rng.gauss(0.035, 0.045)
-    grow = [(-x, -y), (x, -y), (x, y), (-x, y)]
-    return moved + [a * along + b * down for a, b in grow]
-
-
 def sample(fonts: dict, rng: Random, group: str = "") -> tuple[np.ndarray, str, str]:
     """Return (uint8 HEIGHT x WIDTH x 3, text, region group) of a new plate.
 
     The plate is one of the group, of any when empty. At times it is something that is no plate;
-    text and group are empty then.
+    text and group are empty then. The text is what can be read in the picture.
     """
-    sign = rng.random() < _SIGNS
-    shot = photographed(draw_sign(fonts, rng), fonts, rng) if sign else shoot(fonts, rng, group)
-    return np.asarray(straighten(shot, rng)), shot.face.text, shot.face.design.group
+    return shown(any_face(fonts, rng, group), fonts, rng)
+
+
+def any_face(fonts: dict, rng: Random, group: str = "") -> Face:
+    """Draw a plate of the group, or at times a sign."""
+    return draw_sign(fonts, rng) if rng.random() < _SIGNS else draw_face(fonts, rng, group)
+
+
+def shown(face: Face, fonts: dict, rng: Random) -> tuple[np.ndarray, str, str]:
+    """Return a sample of a plate or sign: a new photo of it, and one look at that."""
+    shot = photographed(face, fonts, rng)
+    area = looks.any_look(shot.corners, face.design.aspect < 2.4, rng)
+    picture = straighten(shot, area)
+    if rng.random() < (0.3 if face.design.group == "cn" else 0.06):
+        picture = _squeezed(picture, rng)
+    text = text_in(face, shot.corners, area)
+    return np.asarray(picture), text, face.design.group if text else ""
+
+
+def _squeezed(picture: Image.Image, rng: Random) -> Image.Image:
+    """Scale a picture down to any shape and up again, as collections of small crops do."""
+    size = tuple(rng.randint(*span) for span in _SQUEEZED)
+    return picture.resize(size, Image.Resampling.BILINEAR).resize(
+        (WIDTH, HEIGHT), Image.Resampling.BICUBIC
+    )

@@ -14,7 +14,7 @@ def weather(picture: np.ndarray, rng: Random) -> np.ndarray:
     draw = rng.random()
     if draw < 0.05:
         return _infrared(picture, rng)
-    if draw < 0.13:
+    if draw < 0.17:
         return _night(picture, rng)
     return _daylight(picture, rng)
 
@@ -61,6 +61,11 @@ def _daylight(picture: np.ndarray, rng: Random) -> np.ndarray:
 
 
 def _night(picture: np.ndarray, rng: Random) -> np.ndarray:
+    """Darken: evenly, or by a gamma that drowns the dark parts, with a sensor's noise."""
+    if rng.random() < 0.5:
+        dark = 255 * (np.clip(picture, 0, 255) / 255) ** rng.uniform(1.5, 4.5)
+        dice = np.random.default_rng(rng.getrandbits(32))
+        return dark + rng.uniform(0, 12) * dice.standard_normal(picture.shape, np.float32)
     tint = np.array(rng.choice(((1.0, 0.85, 0.6), (0.8, 0.85, 1.0), (0.75, 0.8, 1.0))), np.float32)
     return picture * tint * rng.uniform(0.14, 0.55) + rng.uniform(0, 14)
 

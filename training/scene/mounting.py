@@ -20,13 +20,13 @@ _BODIES = (
 MARGIN = (0.22, 0.5)  # car around the plate, as shares of its width and its height
 
 
-def mount(face: Face, fonts: dict, rng: Random, photo: Image.Image | None = None):
+def mount(face: Face, fonts: dict, rng: Random, photo: Image.Image | None = None, around=MARGIN):
     """Return (RGB picture of the plate on a car, its box left, top, right, bottom in pixels).
 
-    `photo` gives the surroundings when there is one.
+    `photo` gives the surroundings when there is one; `around` is how much is seen of them.
     """
     wide, high = face.picture.size
-    left, top = round(MARGIN[0] * wide), round(MARGIN[1] * high)
+    left, top = round(around[0] * wide), round(around[1] * high)
     size = (wide + 2 * left, high + 2 * top)
     scene = photo.resize(size) if photo else _car(size, rng)
     box = (left, top, left + wide, top + high)

@@ -1,0 +1,69 @@
+"""The areas that a reader is shown: what a detector finds, whole pictures, careless crops."""
+
+from math import cos, radians, sin
+from random import Random
+
+import numpy as np
+
+from . import geometry
+
+_BORDER = 0.35  # largest border of a careless crop, as a share of the plate's width or height
+_CUT = 0.2  # share of careless crops that cut one side of the plate
+_DEEPEST = 0.3  # of the plate's width or height that a cut takes
+ROOM = 0.5  # around the plate that every look needs, as a share of its width and height
+
+
+def any_look(quad: np.ndarray, is_tall: bool, rng: Random) -> np.ndarray:
+    """Return the area (4 x 2 points) of a plate's quad; tall plates are more often whole crops."""
+    draw = rng.random()
+    if draw < (0.4 if is_tall else 0.58):
+        return found(quad, rng)
+    return whole(quad, rng) if draw < 0.85 else skewed(quad, rng)
+
+
+def found(quad: np.ndarray, rng: Random) -> np.ndarray:
+    """Shift, stretch and turn a quad as a detector does; at times take the upright box."""
+    if rng.random() < 0.12:
+        quad = _upright(quad)
+    along, down = quad[1] - quad[0], quad[3] - quad[0]
+    jitter = rng.choice((0.01, 0.025, 0.05))
+    moved = quad + [
+        rng.gauss(0, jitter * 0.4) * along + rng.gauss(0, jitter) * down for _ in range(4)
+    ]
+    x, y = rng.gauss(0.02, 0.025), rng.gauss(0.035, 0.045)
+    return _grown(moved, (x, y, x, y))
+
+
+def whole(quad: np.ndarray, rng: Random) -> np.ndarray:
+    """Return an upright box with any border on each side, as a picture that is a plate has."""
+    return _grown(_upright(quad), _borders(rng))
+
+
+def skewed(quad: np.ndarray, rng: Random) -> np.ndarray:
+    """Return the plate with any border, turned and sheared against the plate's own edges."""
+    centre = quad.mean(axis=0)
+    angle = radians(rng.uniform(-12, 12))
+    turn = np.array([[cos(angle), -sin(angle)], [sin(angle), cos(angle)]])
+    shear = np.array([[1, rng.gauss(0, 0.12)], [rng.gauss(0, 0.03), 1]])
+    return _grown((quad - centre) @ turn.T @ shear.T + centre, _borders(rng))
+
+
+def _upright(quad: np.ndarray) -> np.ndarray:
+    (left, top), (right, bottom) = quad.min(axis=0), quad.max(axis=0)
+    return geometry.corners(left, top, right, bottom)
+
+
+def _borders(rng: Random) -> list[float]:
+    """Return borders left, top, right, bottom; a negative one cuts the plate."""
+    most = rng.choice((0.08, 0.2, _BORDER))
+    borders = [rng.uniform(0, most) for _ in range(4)]
+    if rng.random() < _CUT:
+        borders[rng.choice((0, 0, 1, 2, 2, 3))] = -rng.uniform(0, _DEEPEST)
+    return borders
+
+
+def _grown(quad: np.ndarray, borders) -> np.ndarray:
+    left, top, right, bottom = borders
+    along, down = quad[1] - quad[0], quad[3] - quad[0]
+    shifts = [(-left, -top), (right, -top), (right, bottom), (-left, bottom)]
+    return quad + [x * along + y * down for x, y in shifts]
