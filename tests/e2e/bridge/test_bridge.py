@@ -7,7 +7,7 @@ import sys
 import time
 
 import pytest
-from processes import alive
+from processes import alive, wait_until
 
 
 @pytest.fixture
@@ -16,18 +16,9 @@ def car(zv):
     return zv.folder / "car.jpg"
 
 
-def wait_until(condition, seconds=20.0):
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if condition():
-            return True
-        time.sleep(0.02)
-    return False
-
-
 def engine_pid(zv) -> int:
     path = zv.folder / "pid"
-    assert wait_until(lambda: path.exists() and path.read_text())
+    wait_until(lambda: path.exists() and path.read_text())
     return int(path.read_text())
 
 
@@ -278,7 +269,7 @@ def test_a_second_ctrl_c_kills_an_engine_that_does_not_listen(zv, car):
     )
     process = zv.popen("car.jpg", start_new_session=True)
     pid = engine_pid(zv)
-    assert wait_until((zv.folder / "deaf").exists)
+    wait_until((zv.folder / "deaf").exists)
     os.killpg(process.pid, signal.SIGINT)
     time.sleep(0.5)
     assert process.poll() is None
@@ -295,7 +286,7 @@ def test_no_engine_stays_behind_when_we_are_killed(zv, car, number):
     pid = engine_pid(zv)
     process.send_signal(number)
     process.communicate(timeout=20)
-    assert wait_until(lambda: not alive(pid), 10)
+    wait_until(lambda: not alive(pid), 10)
 
 
 def test_no_engine_that_is_still_loading_stays_behind(zv):
@@ -304,7 +295,7 @@ def test_no_engine_that_is_still_loading_stays_behind(zv):
     pid = engine_pid(zv)
     process.kill()
     process.communicate(timeout=20)
-    assert wait_until(lambda: not alive(pid), 10)
+    wait_until(lambda: not alive(pid), 10)
 
 
 # --- where the output goes

@@ -4,6 +4,7 @@ import socket
 import threading
 from http.server import BaseHTTPRequestHandler, HTTPServer
 
+import processes
 import pytest
 
 CONFIG = """
@@ -61,9 +62,7 @@ def server():
 
 @pytest.fixture
 def free_port() -> str:
-    with socket.socket() as taken:
-        taken.bind(("127.0.0.1", 0))
-        return str(taken.getsockname()[1])
+    return str(processes.free_port())
 
 
 @pytest.fixture

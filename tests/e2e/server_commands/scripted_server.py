@@ -110,8 +110,3 @@ def read_request(connection: socket.socket) -> Request | None:
             break
         request.body += chunk
     return request
-
-
-def closed_port() -> int:
-    with socket.create_server(("127.0.0.1", 0)) as listener:
-        return listener.getsockname()[1]

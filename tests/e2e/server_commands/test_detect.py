@@ -4,7 +4,8 @@ import re
 import time
 
 import pytest
-from scripted_server import CUT, answer, closed_port, http
+from processes import free_port
+from scripted_server import CUT, answer, http
 
 PHOTO = bytes(range(256)) * 3
 
@@ -158,7 +159,7 @@ def test_a_folder_with_an_image_name_is_one_failure_among_others(ask, server, zv
 
 def test_every_image_is_tried_when_the_server_is_down(zv, photo):
     (zv.folder / "van.jpg").write_bytes(b"v")
-    result = zv("server", "detect", "car.jpg", "van.jpg", "--port", str(closed_port()))
+    result = zv("server", "detect", "car.jpg", "van.jpg", "--port", str(free_port()))
     reason = "Error - server not reachable ([Errno 111] Connection refused)"
     assert result.out == f"  car.jpg: {reason}\n  van.jpg: {reason}\n\nTotal: 2 images processed\n"
     assert result.status == 0

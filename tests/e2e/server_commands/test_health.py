@@ -3,7 +3,8 @@
 import json
 
 import pytest
-from scripted_server import CUT, answer, closed_port, http
+from processes import free_port
+from scripted_server import CUT, answer, http
 
 PATH = "/api/health?detailed=true"
 MMC = "/api/mmc/status"
@@ -150,7 +151,7 @@ def test_failures_are_one_line(ask, server, path, command, reply, text):
 
 @pytest.mark.parametrize("command", ["health", "mmc", "region"])
 def test_no_server(zv, command):
-    port = closed_port()
+    port = free_port()
     result = zv("server", command, "--port", str(port))
     base = f"http://127.0.0.1:{port}"
     line = f"Error: Could not reach server at {base} ([Errno 111] Connection refused)\n"

@@ -1,7 +1,8 @@
 """`server region`."""
 
 import pytest
-from scripted_server import CUT, answer, closed_port, http
+from processes import free_port
+from scripted_server import CUT, answer, http
 
 KNOWN = (
     "Available: univ, euplus, eu, asia, africa, oceania, exussr, na, korea, china, japan, "
@@ -121,5 +122,5 @@ def test_change_failures(ask, server, reply, line):
 
 
 def test_change_without_a_server(zv):
-    out = zv("server", "region", "kr", "--port", str(closed_port())).out
+    out = zv("server", "region", "kr", "--port", str(free_port())).out
     assert out == "Error: [Errno 111] Connection refused\n"

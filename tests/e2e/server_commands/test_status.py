@@ -1,7 +1,8 @@
 """`server status`: the two probes and what is made of their answers."""
 
 import pytest
-from scripted_server import CUT, SILENCE, answer, closed_port, http
+from processes import free_port
+from scripted_server import CUT, SILENCE, answer, http
 
 HEALTH = "/api/health?detailed=true"
 MMC = "/api/mmc/status"
@@ -171,7 +172,7 @@ def test_a_server_that_never_answers_is_given_up(status):
 
 
 def test_a_dead_address(zv):
-    url = f"http://127.0.0.1:{closed_port()}"
+    url = f"http://127.0.0.1:{free_port()}"
     zv.server_script(f"\ndef get_status():\n    return dict(running=1, pid='x', url={url!r})\n")
     assert zv("server", "status").out == f"Server running (PID: x)\n  URL: {url}\n"
 

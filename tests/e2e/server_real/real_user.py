@@ -5,28 +5,15 @@ ZV_TEST_PYTHON names an interpreter that has the packages of the `server` extra.
 
 import json
 import os
-import socket
 import subprocess
 import sys
-import time
 from pathlib import Path
+
+from processes import free_port
 
 ROOT = Path(__file__).resolve().parents[3]
 EXECUTABLE = Path(os.environ.get("ZV_ANPR_EXE", ROOT / "build" / "release" / "zv-anpr"))
 PYTHON = os.environ.get("ZV_TEST_PYTHON") or os.environ.get("ZV_ANPR_PYTHON") or sys.executable
-
-
-def free_port() -> int:
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def wait_until(condition, seconds: float = 60) -> None:
-    end = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < end, "did not happen in time"
-        time.sleep(0.05)
 
 
 class User:

@@ -11,8 +11,7 @@ from pathlib import Path
 
 import pytest
 from held_engine import Hold
-from processes import alive
-from real_user import free_port, wait_until
+from processes import alive, free_port, wait_until
 
 
 def test_a_life_from_start_to_stop(user):

@@ -8,7 +8,6 @@ the JSON of releases, and asset addresses that redirect to storage in the same w
 import hashlib
 import json
 import threading
-import time
 from dataclasses import dataclass, field
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, urlsplit
@@ -225,11 +224,3 @@ class _Handler(BaseHTTPRequestHandler):
         self.end_headers()
         if self.command != "HEAD":
             self.wfile.write(body)
-
-
-def wait_until(condition, seconds: float = 60.0) -> None:
-    """Poll until `condition()` holds; fails loudly, never silently late."""
-    deadline = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < deadline, "it never happened"
-        time.sleep(0.01)

@@ -8,7 +8,8 @@ import urllib.request
 from pathlib import Path
 
 import pytest
-from hub_server import Fault, wait_until
+from hub_server import Fault
+from processes import wait_until
 from release_archives import executable, linux_build, linux_cuda_runtime, tar_member, tar_of
 from zelvoran_anpr.mmc import MmcError
 from zelvoran_anpr.mmc.fetch import http

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-from hub_server import wait_until
+from processes import wait_until
 from release_archives import executable
 from zelvoran_anpr.mmc import MmcError, create_backend
 from zelvoran_anpr.mmc.serve import local, supervisor

@@ -7,7 +7,8 @@ import signal
 from pathlib import Path
 
 import pytest
-from hub_server import REPO, Fault, Hub, wait_until
+from hub_server import REPO, Fault, Hub
+from processes import wait_until
 from zelvoran_anpr.mmc import MmcError
 
 

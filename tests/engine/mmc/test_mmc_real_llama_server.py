@@ -114,7 +114,7 @@ def test_a_taken_port_is_tried_again(make, monkeypatch):
 
 
 def test_a_killed_server_comes_back(make, monkeypatch):
-    from hub_server import wait_until
+    from processes import wait_until
 
     monkeypatch.setattr(supervisor, "_FIRST_BACKOFF", 0.05)
     backend = make()

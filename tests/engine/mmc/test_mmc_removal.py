@@ -171,7 +171,8 @@ def test_a_running_program_is_removed_under_itself(local):
 
 
 def test_not_while_a_set_up_writes(local, folder, hub, models, run):
-    from hub_server import Fault, wait_until
+    from hub_server import Fault
+    from processes import wait_until
 
     hub.faults = [Fault("stall", models["llm"]["sha256"], at=1_000_000)]
     child = run(f"module.ensure_models({hub.url!r})")

@@ -5,7 +5,7 @@ import threading
 
 import numpy as np
 import pytest
-from hub_server import wait_until
+from processes import wait_until
 from release_archives import executable
 
 pytest.importorskip("ruamel.yaml", reason="needs the server's dependencies")

@@ -7,21 +7,15 @@ import signal
 import socket
 import subprocess
 import sys
-import time
 from pathlib import Path
 
 import httpx
 import psutil
 import pytest
+from processes import alive, free_port
 
 _MODULE = "zelvoran_anpr.zelvoran_anpr_server_daemon"
 _CALL = f"import sys, json, {_MODULE} as d; getattr(d, sys.argv[1])(**json.loads(sys.argv[2]))"
-
-
-def free_port() -> int:
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 class Home:
@@ -105,21 +99,7 @@ class Server:
         return socket.create_connection(("127.0.0.1", self.port), timeout=20)
 
     def alive(self) -> bool:
-        return is_alive(self.pid)
-
-
-def is_alive(pid: int) -> bool:
-    try:
-        return psutil.Process(pid).status() != psutil.STATUS_ZOMBIE
-    except psutil.NoSuchProcess:
-        return False
-
-
-def wait_until(condition, seconds: float = 60) -> None:
-    deadline = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < deadline, "did not happen in time"
-        time.sleep(0.05)
+        return alive(self.pid)
 
 
 @pytest.fixture

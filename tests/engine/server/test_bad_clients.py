@@ -4,7 +4,8 @@ import contextlib
 import time
 
 import pytest
-from conftest import jpeg, upload, wait_until
+from conftest import jpeg, upload
+from processes import wait_until
 
 
 def test_a_connection_that_is_cut_in_the_middle_is_no_failure(strict_server, strict_client):

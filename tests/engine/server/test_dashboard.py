@@ -5,7 +5,8 @@ import shutil
 import struct
 
 import pytest
-from conftest import upload, wait_until
+from conftest import upload
+from processes import wait_until
 
 webdriver = pytest.importorskip("selenium.webdriver")
 By = pytest.importorskip("selenium.webdriver.common.by").By

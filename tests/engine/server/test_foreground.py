@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 import pytest
-from conftest import free_port, is_alive, wait_until
+from processes import alive, free_port, wait_until
 
 
 @pytest.mark.parametrize(("number", "status"), [(signal.SIGTERM, 0), (signal.SIGINT, -2)])
@@ -45,4 +45,4 @@ def test_a_foreground_server_ends_with_the_program_that_runs_it(home, spawn):
     server = home.value("get_status")["pid"]
     process.kill()
     process.wait()
-    wait_until(lambda: not is_alive(server))
+    wait_until(lambda: not alive(server))

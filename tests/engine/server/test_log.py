@@ -5,7 +5,8 @@ import subprocess
 import sys
 
 import pytest
-from conftest import jpeg, running, upload, wait_until
+from conftest import jpeg, running, upload
+from processes import wait_until
 from zelvoran_anpr.server.log_file import SharedLogHandler
 
 LINE = "x" * 99

@@ -5,7 +5,8 @@ import threading
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 import pytest
-from conftest import free_port, upload, wait_until
+from conftest import upload
+from processes import free_port, wait_until
 
 
 class Service(ThreadingHTTPServer):

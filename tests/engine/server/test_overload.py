@@ -3,8 +3,9 @@
 from concurrent.futures import ThreadPoolExecutor
 
 import pytest
-from conftest import jpeg, upload, wait_until
+from conftest import jpeg, upload
 from held_engine import Hold
+from processes import wait_until
 
 
 @pytest.fixture

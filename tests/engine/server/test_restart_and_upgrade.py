@@ -5,7 +5,8 @@ import signal
 import socket
 
 import pytest
-from conftest import Server, free_port, wait_until
+from conftest import Server
+from processes import free_port, wait_until
 
 
 def test_a_killed_server_is_not_running_and_restart_starts_another(home):

@@ -5,7 +5,8 @@ import socket
 import subprocess
 
 import pytest
-from conftest import Server, free_port, jpeg, upload, wait_until
+from conftest import Server, jpeg, upload
+from processes import free_port, wait_until
 
 
 def test_a_background_server_is_ready_when_start_returns_and_keeps_nothing_of_its_starter(home):

@@ -8,7 +8,8 @@ import sys
 import time
 
 import pytest
-from conftest import jpeg, upload, wait_until
+from conftest import jpeg, upload
+from processes import wait_until
 
 _TABLE = """
 from zelvoran_anpr import zelvoran_anpr_server_daemon as d
