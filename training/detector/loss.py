@@ -11,7 +11,7 @@ from .points import boxes, corners, grid
 
 _CANDIDATES = 10  # points per plate
 _FIT = 4.0  # how much the fit counts against the score when points are chosen
-_WEIGHTS = {"score": 1.0, "box": 2.0, "corners": 1.0}
+_WEIGHTS = {"score": 1.0, "box": 2.0, "corners": 1.5}
 
 
 def overlap(one: torch.Tensor, other: torch.Tensor) -> tuple[torch.Tensor, torch.Tensor]:
@@ -85,7 +85,7 @@ def loss(network: torch.nn.Module, batch: tuple) -> dict[str, torch.Tensor]:
     at = corners(raw, centres, strides)[picked]
     scale = (target[:, 2:] - target[:, :2]).clamp(min=4).repeat(1, 4)
     known = (to.abs().sum(1) > 0).float()
-    gap = functional.smooth_l1_loss(at / scale, to / scale, beta=0.05, reduction="none").mean(1)
+    gap = functional.smooth_l1_loss(at / scale, to / scale, beta=0.03, reduction="none").mean(1)
     terms["corners"] = 4 * (gap * known * share).sum()
     whole = sum(_WEIGHTS[name] * term for name, term in terms.items())
     return {"loss": whole, **terms}

@@ -10,11 +10,14 @@ from ..scene import geometry
 from ..scene.mounting import mount
 from ..scene.signs import draw_sign
 from ..scene.vehicle import park
+from .close_up import close_up
 from .overlay import bounds, lay, lit, recoloured, seen
 from .photos import Known, erase, view
+from .tilt import strong_tilt
 
 MOST = 16  # plates on a sample
 _EXCHANGED = 0.85  # share of a photo's plates
+_CLOSE_UPS = 0.3  # share of samples
 _HEIGHTS = (6, 90)  # pixels of a pasted plate
 
 
@@ -39,6 +42,9 @@ class _Scene:
 def sample(photos: list[Known], fonts: dict, rng: Random, size: int, scales: tuple[float, float]):
     """Return (uint8 size x size x 3, boxes N x 4, corners N x 4 x 2, zeros where not known)."""
     part, boxes = view(rng.choice(photos), size, scales, rng)
+    if rng.random() < _CLOSE_UPS:
+        picture, boxes, corners = close_up(_without(part, boxes, rng), fonts, rng)
+        return np.asarray(seen(picture, rng)), boxes, corners
     scene = _Scene(recoloured(part, rng))
     for box in boxes:
         if rng.random() < _EXCHANGED:
@@ -54,6 +60,12 @@ def sample(photos: list[Known], fonts: dict, rng: Random, size: int, scales: tup
     found = [np.array(list_[:MOST]).reshape(s) for list_, s in
              zip((scene.boxes, scene.corners), shape, strict=True)]  # fmt: skip
     return np.asarray(picture), *found
+
+
+def _without(part: Image.Image, boxes: np.ndarray, rng: Random) -> Image.Image:
+    for box in boxes:
+        erase(part, box)
+    return recoloured(part, rng)
 
 
 def _exchange(scene: _Scene, box: np.ndarray, fonts: dict, rng: Random) -> None:
@@ -84,7 +96,7 @@ def _paste(scene: _Scene, face: Face, fonts: dict, rng: Random) -> None:
     height *= rng.uniform(1, 2.5) if rng.random() < 0.15 else 1
     scale = height / (box[3] - box[1])
     area = geometry.corners(0, 0, *picture.size)
-    spread = geometry.tilted(area * scale, geometry.any_tilt(rng), rng.uniform(2, 6))
+    spread = geometry.tilted(area * scale, strong_tilt(rng), rng.uniform(2, 6))
     plate = geometry.project(geometry.homography(area, spread), geometry.corners(*box))
     for _ in range(6):
         room = scene.picture.width - np.ptp(plate, axis=0)
