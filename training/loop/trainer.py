@@ -89,10 +89,13 @@ class Trainer:
 
 
 def _half_is_fast(device: torch.device) -> bool:
-    """Say whether bfloat16 saves time: on GPUs, and on processors that multiply it themselves."""
+    """Say whether bfloat16 saves time: on GPUs, and on processors with matrix instructions.
+
+    With vector instructions alone it takes 1.4 times as long as float32.
+    """
     if device.type == "cuda":
         return True
-    return bool(getattr(torch.cpu, "_is_avx512_bf16_supported", bool)())
+    return bool(getattr(torch.cpu, "_is_amx_tile_supported", bool)())
 
 
 def _groups(network: nn.Module) -> list[dict]:
