@@ -4,6 +4,7 @@ The names resolve on first use, so that importing this package costs nothing.
 """
 
 __all__ = [
+    "PhotoTooLarge",
     "PlateBox",
     "ReadError",
     "load_image",
@@ -21,7 +22,7 @@ def __getattr__(name: str):
         from . import pipeline as source
     elif name == "load_image":
         from . import image_loading as source
-    elif name == "ReadError":
+    elif name in ("PhotoTooLarge", "ReadError"):
         from . import errors as source
     elif name == "PlateBox":
         from . import plate_box as source

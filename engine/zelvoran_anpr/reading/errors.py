@@ -5,6 +5,10 @@ class ReadError(ValueError):
     """A photo that cannot be opened or decoded."""
 
 
+class PhotoTooLarge(ReadError):
+    """A photo with more pixels than are allowed."""
+
+
 class ModelError(ValueError):
     """A model name that is unknown, or a model that this version does not have."""
 

@@ -1,35 +1,57 @@
 """Opens photos as upright 8-bit RGB arrays; every failure becomes one clear line."""
 
+from __future__ import annotations
+
 import io
 import os
 import warnings
 from typing import BinaryIO
 
 import numpy as np
-from PIL import Image, ImageOps
+from PIL import (
+    BmpImagePlugin,
+    Image,
+    ImageOps,
+    JpegImagePlugin,
+    PngImagePlugin,
+    TiffImagePlugin,
+)
 
-from .errors import ReadError
+from .cut_off_jpeg import completed, is_jpeg
+from .errors import PhotoTooLarge, ReadError
 
-# MPO files, which some telephones write, are opened by the JPEG plugin; naming MPO is an error.
-FORMATS = ("JPEG", "PNG", "BMP", "DIB", "TIFF")
 MAX_PIXELS = 150_000_000  # RGB of this size takes 450 MB
 
-# Large photos meet the limit above and broken metadata says nothing about the pixels: the image
-# library's warnings on both would only disturb the user's terminal.
-warnings.filterwarnings("ignore", category=Image.DecompressionBombWarning)
+# Opened by their plugins: the library's general door has a limit of pixels of its own, which is
+# one for the whole process. The JPEG plugin also opens the several pictures of some telephones.
+_BMP = BmpImagePlugin.BmpImageFile
+_TIFF = TiffImagePlugin.TiffImageFile
+_OPENERS = (
+    (b"\xff\xd8\xff", JpegImagePlugin.jpeg_factory),
+    (b"\x89PNG\r\n\x1a\n", PngImagePlugin.PngImageFile),
+    (b"BM", _BMP),
+    *((start, _TIFF) for start in TiffImagePlugin.PREFIXES),
+    *((bytes([size, 0, 0, 0]), BmpImagePlugin.DibImageFile) for size in (12, 40, 52, 56, 64, 108, 124)),
+)  # fmt: skip
+
+# Broken metadata says nothing about the pixels: the image library's warning would only disturb the
+# user's terminal.
 warnings.filterwarnings("ignore", category=UserWarning, module=r"PIL\.")
 
 
-def load_image(source: str | os.PathLike | bytes) -> np.ndarray:
+def load_image(source: str | os.PathLike | bytes, max_pixels: int | None = None) -> np.ndarray:
     """Return an H x W x 3 uint8 RGB array of a photo, turned upright as its EXIF data says.
 
     `source` is a path, or the bytes of a JPEG, PNG, BMP or TIFF file. 16-bit grey becomes 8-bit
-    by value // 257; alpha is dropped; of several pages the first counts. Raises ReadError.
+    by value // 257; alpha is dropped; of several pages the first counts. A JPEG that is cut off is
+    read as far as it goes, with a word in the log. Raises PhotoTooLarge for more than `max_pixels`
+    (MAX_PIXELS when None), else ReadError.
     """
     name = "the photo" if isinstance(source, bytes) else _shown(source)
     with _stream(source, name) as stream, _opened(stream, name) as image:
-        _check_size(image, name)
-        return _decoded(image, name)
+        _check_size(image, name, MAX_PIXELS if max_pixels is None else max_pixels)
+        pixels = _loaded(image, stream, name)
+        return np.ascontiguousarray(_rgb(_upright(pixels)))
 
 
 def _shown(path: str | os.PathLike) -> str:
@@ -64,34 +86,36 @@ def _is_empty(stream: BinaryIO) -> bool:
 
 
 def _opened(stream: BinaryIO, name: str) -> Image.Image:
-    try:
-        return Image.open(stream, formats=FORMATS)
-    except Image.DecompressionBombError:
-        raise ReadError(_too_large(name)) from None
-    except Image.UnidentifiedImageError:
-        raise ReadError(f"Not a JPEG, PNG, BMP or TIFF photo: {name}") from None
-    except Exception:  # noqa: BLE001  damaged headers raise many types
-        raise ReadError(f"The photo is damaged: {name}") from None
+    head = stream.read(8)
+    stream.seek(0)
+    for start, opener in _OPENERS:
+        if head.startswith(start):
+            try:
+                return opener(stream)
+            except Exception:  # noqa: BLE001  damaged headers raise many types
+                raise ReadError(f"The photo is damaged: {name}") from None
+    raise ReadError(f"Not a JPEG, PNG, BMP or TIFF photo: {name}")
 
 
-def _check_size(image: Image.Image, name: str) -> None:
-    if image.width * image.height > MAX_PIXELS:
-        raise ReadError(_too_large(name))
+def _check_size(image: Image.Image, name: str, limit: int) -> None:
+    if image.width * image.height > limit:
+        raise PhotoTooLarge(
+            f"The photo has more than {limit / 1e6:g} megapixels, make it smaller first: {name}"
+        )
 
 
-def _too_large(name: str) -> str:
-    limit = MAX_PIXELS // 1_000_000
-    return f"The photo has more than {limit} megapixels, make it smaller first: {name}"
-
-
-def _decoded(image: Image.Image, name: str) -> np.ndarray:
+def _loaded(image: Image.Image, stream: BinaryIO, name: str) -> Image.Image:
+    """Return the image with its pixels decoded; what is there of a JPEG that is cut off."""
     try:
         image.load()
+        return image
     except MemoryError:
         raise ReadError(f"Not enough memory to decode: {name}") from None
     except Exception:  # noqa: BLE001  damaged pixel data raises many types
-        raise ReadError(f"The photo is damaged or cut off: {name}") from None
-    return np.ascontiguousarray(_rgb(_upright(image)))
+        rest = completed(stream, name) if is_jpeg(image) else None
+        if rest is None:
+            raise ReadError(f"The photo is damaged or cut off: {name}") from None
+        return rest
 
 
 def _upright(image: Image.Image) -> Image.Image:
@@ -110,6 +134,7 @@ def _rgb(image: Image.Image) -> np.ndarray:
 def _grey(values: np.ndarray) -> np.ndarray:
     """Scale one channel of more than 8 bits, whole or real, to 8 bits."""
     if values.dtype.kind == "f":
-        finite = np.nan_to_num(values.astype(np.float64))
-        return np.clip(finite * (255 if finite.max() <= 1 else 1), 0, 255).astype(np.uint8)
-    return (np.clip(values.astype(np.int64), 0, 65535) // 257).astype(np.uint8)
+        finite = np.nan_to_num(values)
+        finite *= 255 if finite.max() <= 1 else 1
+        return np.clip(finite, 0, 255, out=finite).astype(np.uint8)
+    return (np.clip(values, 0, 65535) // 257).astype(np.uint8)

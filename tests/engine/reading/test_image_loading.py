@@ -6,7 +6,7 @@ import os
 import numpy as np
 import pytest
 from PIL import Image
-from zelvoran_anpr.reading import ReadError, image_loading, load_image
+from zelvoran_anpr.reading import PhotoTooLarge, ReadError, image_loading, load_image
 
 
 @pytest.fixture
@@ -104,13 +104,36 @@ def test_other_files_are_no_photos(colours, tmp_path):
 def test_truncated(kind):
     noise = np.random.default_rng(1).integers(0, 255, (200, 300, 3), np.uint8)
     content = encoded(Image.fromarray(noise), kind)
-    assert "damaged" in refusal(content[: len(content) // 2])
+    assert "damaged" in refusal(content[: len(content) // (8 if kind == "JPEG" else 2)])
+
+
+@pytest.mark.parametrize("options", [{}, {"progressive": True}])
+def test_a_jpeg_that_is_cut_off_is_read_as_far_as_it_goes(options, caplog, tmp_path):
+    noise = np.random.default_rng(1).integers(0, 255, (200, 300, 3), np.uint8)
+    noise[:60] = (200, 30, 30)
+    content = encoded(Image.fromarray(noise), "JPEG", **options)
+    path = tmp_path / "cut.jpg"
+    path.write_bytes(content[: 3 * len(content) // 4])
+    loaded = load_image(path)
+    assert loaded.shape == (200, 300, 3)
+    assert np.abs(loaded[:48].astype(int) - (200, 30, 30)).max() < 12
+    (record,) = caplog.records
+    assert record.getMessage().startswith("The photo is cut off, ")
+    assert record.getMessage().endswith(f" % of it was read: {path}")
 
 
 def test_too_many_pixels_are_refused_before_they_are_decoded(monkeypatch, colours):
     content = encoded(Image.fromarray(colours), "PNG")
+    with pytest.raises(PhotoTooLarge, match="more than 0.000959 megapixels, make it smaller"):
+        load_image(content, max_pixels=24 * 40 - 1)
+    assert load_image(content, max_pixels=24 * 40).shape == (24, 40, 3)
     monkeypatch.setattr(image_loading, "MAX_PIXELS", 24 * 40 - 1)
     assert "make it smaller" in refusal(content)
+
+
+def test_the_image_librarys_own_limit_does_not_count(monkeypatch, colours):
+    monkeypatch.setattr(Image, "MAX_IMAGE_PIXELS", 10)
+    assert load_image(encoded(Image.fromarray(colours), "PNG")).shape == (24, 40, 3)
 
 
 def test_a_decompression_bomb_is_refused():
