@@ -18,7 +18,6 @@ from random import Random
 import numpy as np
 from accuracy import FOLDED, Label, read_labels
 from PIL import Image, ImageFilter
-
 from zelvoran_anpr import zv_anpr_detector_v17, zv_anpr_ocr_v17
 from zelvoran_anpr.reading import load_image, read_plates
 

@@ -1,6 +1,4 @@
-"""Reads JPEG files whose end is missing, as viewers do: what was decoded before the cut is there."""
-
-from __future__ import annotations
+"""Reads JPEG files whose end is missing, as viewers do: what lies before the cut is shown."""
 
 import io
 import logging

@@ -1,7 +1,5 @@
 """Opens photos as upright 8-bit RGB arrays; every failure becomes one clear line."""
 
-from __future__ import annotations
-
 import io
 import os
 import warnings
@@ -24,14 +22,14 @@ MAX_PIXELS = 150_000_000  # RGB of this size takes 450 MB
 
 # Opened by their plugins: the library's general door has a limit of pixels of its own, which is
 # one for the whole process. The JPEG plugin also opens the several pictures of some telephones.
-_BMP = BmpImagePlugin.BmpImageFile
+_BMP, _DIB = BmpImagePlugin.BmpImageFile, BmpImagePlugin.DibImageFile
 _TIFF = TiffImagePlugin.TiffImageFile
 _OPENERS = (
     (b"\xff\xd8\xff", JpegImagePlugin.jpeg_factory),
     (b"\x89PNG\r\n\x1a\n", PngImagePlugin.PngImageFile),
     (b"BM", _BMP),
     *((start, _TIFF) for start in TiffImagePlugin.PREFIXES),
-    *((bytes([size, 0, 0, 0]), BmpImagePlugin.DibImageFile) for size in (12, 40, 52, 56, 64, 108, 124)),
+    *((bytes([size, 0, 0, 0]), _DIB) for size in (12, 40, 52, 56, 64, 108, 124)),  # headers' sizes
 )  # fmt: skip
 
 # Broken metadata says nothing about the pixels: the image library's warning would only disturb the

@@ -8,7 +8,7 @@ import os
 
 os.environ["ORT_DISABLE_TELEMETRY"] = "1"
 
-import onnxruntime  # noqa: E402
+import onnxruntime
 
 onnxruntime.disable_telemetry_events()
 
