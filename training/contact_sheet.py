@@ -66,7 +66,8 @@ def main() -> None:
     parser.add_argument("--fonts", type=Path, required=True)
     parser.add_argument("--photos", type=Path)
     parser.add_argument("--set", default="", help="first part of the file names, as us")
-    parser.add_argument("--group", default="", help="region group to render")
+    parser.add_argument("--group", default="", help="region group or set of designs to render")
+    parser.add_argument("--korean-glyphs", type=Path, help="folder of official drawings")
     parser.add_argument("--straight", action="store_true", help="show the reader's input")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--out", type=Path, required=True)
@@ -75,8 +76,9 @@ def main() -> None:
     count = ROWS * COLUMNS
     real = real_crops(args.photos, args.set, rng, count) if args.photos else []
     heights = [round(crop.height / 1.25) for crop in real] or [0] * count
+    fonts = catalogue(args.fonts, args.korean_glyphs)
     group = args.group or _GROUPS.get(args.set, "")
-    rendered = rendered_crops(catalogue(args.fonts), group, rng, heights, args.straight)
+    rendered = rendered_crops(fonts, group, rng, heights, args.straight)
     sheet([half for half in (real, rendered) if half]).save(args.out)
 
 

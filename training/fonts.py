@@ -13,7 +13,9 @@ PACKAGES = (
     "fonts-dejavu-extra", "fonts-freefont-ttf", "fonts-roboto-unhinted", "fonts-urw-base35",
     "fonts-dosis", "fonts-b612", "fonts-jetbrains-mono", "fonts-mplus", "fonts-noto-mono",
     "fonts-noto-cjk", "fonts-nanum", "fonts-wqy-zenhei", "fonts-ipafont-gothic",
-    "fonts-morisawa-bizud-gothic", "fonts-allerta", "fonts-play",
+    "fonts-morisawa-bizud-gothic", "fonts-allerta", "fonts-play", "fonts-tlwg-garuda-ttf",
+    "fonts-tlwg-loma-ttf", "fonts-tlwg-waree-ttf", "fonts-tlwg-umpush-ttf", "fonts-kacst",
+    "fonts-hosny-amiri", "fonts-farsiweb",
 )  # fmt: skip
 
 # Kinds of lettering, each as font files without suffix.
@@ -29,20 +31,26 @@ KINDS = {
     "wide": "NimbusSans-Bold LiberationSans-Bold FreeSansBold Roboto-Bold Roboto-Medium RG2014E "
     "RG2014F routed-gothic routed-gothic-wide B612-Bold NationalPark-Regular URWGothic-Demi "
     "DejaVuSansCondensed-Bold",
+    "cn": "LiberationSans-Bold NimbusSans-Bold Roboto-Medium RobotoCondensed-Bold OSP-DIN RG2014D "
+    "RG2014E LiberationSansNarrow-Bold NimbusSansNarrow-Bold B612-Bold routed-gothic",
     "caption": "LiberationSans-Bold FreeSansBold Roboto-Medium LiberationSansNarrow-Bold "
     "FreeSerifBoldItalic C059-BdIta Z003-MediumItalic Play-Bold allerta_stencil FreeSerifBold "
     "LiberationSerif-BoldItalic DejaVuSans-Bold",
     "hangul": "NanumGothicBold NanumSquareB NanumBarunGothicBold NotoSansCJK-Bold",
     "hanzi": "wqy-zenhei NotoSansCJK-Bold NotoSansCJK-Regular",
     "kana": "BIZUDGothic-Bold BIZUDGothic-Regular ipag NotoSansCJK-Bold",
-    "arabic": "DejaVuSans-Bold FreeSansBold FreeSerifBold",
+    "arabic": "DejaVuSans-Bold FreeSerifBold KacstOffice KacstPoster KacstTitle "
+    "Amiri-Bold titr homa nazlib",
+    "persian": "DejaVuSans-Bold FreeSerifBold Amiri-Bold titr homa nazlib",
+    "thai": "Garuda-Bold Loma-Bold Waree-Bold Umpush-Bold",
 }
 _SUFFIXES = (".otf", ".ttf", ".ttc")  # the order of preference
 
 
-def catalogue(folder: Path) -> dict[str, list[str]]:
+def catalogue(folder: Path, drawings: Path | None = None) -> dict[str, list[str]]:
     """Return font files by kind; a kind whose fonts are missing has those of the others.
 
+    `drawings` is a folder of official characters (see plates/drawings.py), kept under that name.
     Raises FileNotFoundError when the folder holds none of them.
     """
     files = {p.stem: str(p) for s in reversed(_SUFFIXES) for p in sorted(folder.rglob("*" + s))}
@@ -50,7 +58,8 @@ def catalogue(folder: Path) -> dict[str, list[str]]:
     anything = [file for found in kinds.values() for file in found]
     if not anything:
         raise FileNotFoundError(f"{folder} holds no known font: run python -m training.fonts")
-    return {kind: found or anything for kind, found in kinds.items()}
+    given = {"drawings": [str(drawings)]} if drawings else {}
+    return {**given, **{kind: found or anything for kind, found in kinds.items()}}
 
 
 def fetch(folder: Path) -> None:

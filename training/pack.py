@@ -18,6 +18,7 @@ from .alphabet import CHARACTERS
 from .detector.photos import Known, known_plates
 from .fonts import catalogue
 from .plates.catalogue import ALL
+from .plates.text import OTHER_SCRIPTS
 
 _ASCII = "".join(map(chr, range(32, 127)))
 _MEASURES = "国를"  # what glyphs of other scripts are measured by
@@ -28,7 +29,8 @@ def characters_in_use() -> str:
     """Return every character that a plate or a sign may show."""
     captions = "".join("".join(design.header + design.footer) for design in ALL)
     accents = "ČĆŠŽÁÉÍÓÚÀÈÜÖÄÑÇãçéíóúčšž"
-    return "".join(sorted(set(CHARACTERS + _ASCII + _MEASURES + captions + accents)))
+    words = "".join("".join(design.words) for design in ALL) + OTHER_SCRIPTS
+    return "".join(sorted(set(CHARACTERS + _ASCII + _MEASURES + captions + accents + words)))
 
 
 def pack_fonts(fonts: Path, out: Path) -> None:

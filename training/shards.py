@@ -123,9 +123,11 @@ def main() -> None:
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--mix", type=mixture, help="NAME=WEIGHT,... of groups and sets")
+    parser.add_argument("--korean-glyphs", type=Path, help="folder of official drawings")
     args = parser.parse_args()
     args.out.mkdir(parents=True, exist_ok=True)
-    make = partial(render, fonts=catalogue(args.fonts), seed=args.seed, mix=args.mix)
+    fonts = catalogue(args.fonts, args.korean_glyphs)
+    make = partial(render, fonts=fonts, seed=args.seed, mix=args.mix)
     with Pool(args.workers) as pool:
         for shard in range(-(-args.samples // SHARD)):
             path = args.out / f"shard-{args.seed:03}-{shard:05}.npz"

@@ -1,11 +1,13 @@
 """Drawn plates: their texts can be learnt, their ink stays in its place, a seed repeats them."""
 
+import unicodedata
 from random import Random
 
 import pytest
 
 from training import alphabet
-from training.plates.catalogue import ALL, SHARES
+from training.plates.catalogue import ALL, SHARES, choose
+from training.plates.design import Design
 from training.plates.face import draw_face
 from training.plates.lettering import set_rows
 from training.plates.text import write
@@ -62,6 +64,40 @@ def test_a_japanese_plates_upper_row_and_kana_are_minor(fonts):
     face = draw_face(fonts, Random(2), "jp")
     big = "".join(mark.text for mark in face.marks if not mark.minor)
     assert big == face.text[-len(big) :] and 2 <= len(big) <= 4 and big.isdigit()
+
+
+def test_other_scripts_give_their_digits_and_latin_letters_alone(fonts):
+    for name in ("arabic", "thai"):
+        faces = [draw_face(fonts, Random(seed), name) for seed in range(30)]
+        assert all(face.text.isascii() and face.text.isalnum() for face in faces)
+        assert all("".join(m.text for m in face.marks) == face.text for face in faces)
+
+
+def test_arabic_digits_are_drawn_for_western_ones():
+    design = Design("eup", "eg", ("dd pp a ee",), script="arabic")
+    [signs], text = write(design, Random(1))
+    drawn = [sign.char for sign in signs if sign.kind == "char"]
+    assert [unicodedata.digit(c) for c in drawn[:4]] == list(map(int, text))
+    assert len(drawn) == 7 and not any(c.isascii() for c in drawn)
+
+
+def test_a_pile_is_one_place_of_the_text():
+    [[sign]], text = write(Design("kr", "kr", ("V",)), Random(1))
+    assert sign.kind == "pile" and sign.char == sign.text == text in alphabet.KR_PLACES
+
+
+def test_doubled_and_look_alike_characters_are_common():
+    design = Design("eup", "xx", ("LLLDDD",))
+    texts = [write(design, Random(seed))[1] for seed in range(1500)]
+    doubled = sum(t[4] == t[5] for t in texts) / len(texts)
+    assert 0.15 < doubled < 0.26
+    assert sum(t[0] in "OQ" for t in texts) > sum(t[0] in "KW" for t in texts)
+
+
+def test_no_chinese_serial_has_an_o_or_an_i():
+    rng = Random(8)
+    for _ in range(400):
+        assert not set("OI") & set(write(choose(rng, "cn"), rng)[1])
 
 
 def test_a_seed_repeats_a_plate(fonts):

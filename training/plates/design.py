@@ -1,9 +1,11 @@
 """What a kind of plate looks like, as data; `pattern` describes its text.
 
 Pattern signs: L letter, D digit, X either, P Chinese province, S Chinese special ending,
-U Korean usage, R Korean place, K kana, J Japanese place, digits as they are, `\\` before a letter
-that stands as it is; space, - dash, . dot, * seal or emblem, | line (what follows is smaller),
-/ next row.
+U Korean usage, R Korean place, V the same piled up, K kana, J Japanese place, d and p Arabic and
+Persian digits, whose text is Western. Not of the text: a Arabic letter, e Arabic digit, t Thai
+letter, w one of `words`. Digits and other scripts as they are, `\\` before a letter that stands as
+it is; space, - dash, . dot, * seal or emblem, @ a broad one, ! line, | line (what follows is
+smaller), / next row.
 """
 
 from dataclasses import dataclass
@@ -32,7 +34,10 @@ class Design:
     palettes: tuple[tuple[Colour, Colour], ...] = (BLACK_ON_WHITE,)  # ground, ink
     fonts: str = "din"
     script: str = "hanzi"
+    script_width: float = 1.0  # of characters of the script, as shares of a square's side
+    drawings: tuple[str, ...] = ()  # types of official drawings it may be set in
     letters: str = LETTERS
+    words: tuple[str, ...] = ()  # what w may be
     box: tuple[float, float, float, float] = (0.04, 0.13, 0.96, 0.87)  # where the text stands
     rows: tuple[float, ...] = (1.0,)  # heights of the text's rows
     band: str = ""  # letters of the country in a blue band; " " for an empty one

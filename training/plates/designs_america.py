@@ -20,7 +20,7 @@ def _us(state: str, patterns: str, slogans: str = "", weight: float = 1.0, **loo
         "palettes": _US_PALETTES, "header": (state, state, state.upper()),
         "footer": ("", *slogans.split("|")), "stickers": 0.7, "screws": (0.08, 0.92),
         "pictures": 0.45, "border": 0.3,
-        "seals": ("map", "square", "dot", "space", "year", "emblem", "emblem"),
+        "seals": ("map", "square", "dot", "space", "year", "emblem", "outline", "star", "stack"),
     }  # fmt: skip
     return Design("na", "us", tuple(patterns.split(",")), weight, **{**defaults, **look})
 
@@ -84,6 +84,14 @@ DESIGNS = (
         "DDD*LLL,LLL*LDD,DDDD*L", "DEALER|U.S. GOVERNMENT|EXEMPT|TRUCK", 4.5,
         letters="ABCDEFGHIJKLMNOPQRSTUVWXYZ",
         header=("", "Montana", "Delaware", "South Dakota", "Wyoming", "Maine", "Vermont")),
+    # Plates of clubs, schools, veterans: a badge or small letters beside the characters
+    _us("", "@DDDLL,@LLDDD,@LLLDD,@DDDDD,@DDDL,@LLLL,@LDDDD,@DLLDD,*DDDDD,*LLDDD,*DDDLLL,DDDD*,"
+        "DDDLL*,LLL@DDD,LL@DDDD,DDD@LL,LLL*DDDD,DDD*DDD,LDD*DDD,*LLLDDDD,DDDDDD*,@LLLLL", "", 4,
+        header=("", "", "Oregon", "Florida", "Virginia", "Texas", "Georgia", "Indiana", "Iowa",
+                "Nebraska", "Kentucky", "Mississippi", "South Carolina", "Rhode Island"),
+        footer=("", "Veteran", "Firefighter", "SAVE OUR SEAS", "Environment", "University",
+                "IN GOD WE TRUST", "Choose Life", "Wildlife", "Purple Heart", "Antique"),
+        seals=("badge", "badge", "stack", "stack", "outline", "emblem", "star")),
     _us("Ontario", "LLLL*DDD,LLL*DDD", "YOURS TO DISCOVER", 1.2, seals=("map",),
         palettes=(((232, 234, 240), (40, 60, 140)),)),
     _us("Québec", "LDD LLL,DDD LLL", "Je me souviens", 1, palettes=((WHITE, BLUE),)),

@@ -5,14 +5,23 @@ from random import Random
 
 from PIL import Image, ImageDraw
 
-from . import strokes
+from . import drawings, strokes
 from .design import Design
 from .glyphs import CAP_HEIGHT, glyph
 from .text import Sign
 
-_WIDTHS = {"gap": 0.42, "dash": 0.42, "dot": 0.3, "seal": 0.62, "bar": 0.4}  # in row heights
+_WIDTHS = {
+    "gap": 0.42,
+    "dash": 0.42,
+    "dot": 0.3,
+    "seal": 0.62,
+    "logo": 1.2,
+    "bar": 0.4,
+}  # in row heights
 _MINOR = 0.7  # height as a share of the largest characters' below which one is minor
 _STROKES = 0.45  # share of plates whose letters no font has
+_OFFICIAL = 0.7  # share of plates in official drawings, where there are some
+_SCRIPT_WEIGHTS = (0, 0, 1, 1, 2)
 _WEIGHTS = (0, 0, 0, 1, 1, 2, 3, -1)  # pixels by which strokes are thicker in a glyph's mask
 
 
@@ -39,11 +48,14 @@ class Lettering:
 
 @dataclass(frozen=True)
 class _Style:
+    official: str  # drawings, before the others where they have a character
     latin: str
     script: str
     spacing: float
     stretch: float  # largest width of a character, as a share of its own
     weight: int
+    script_width: float
+    script_weight: int
 
 
 def set_rows(
@@ -73,12 +85,20 @@ def set_rows(
 
 def _style(design: Design, fonts: dict, rng: Random) -> _Style:
     drawn = rng.random() < _STROKES
+    latin = strokes.die(design.fonts, rng) if drawn else rng.choice(fonts[design.fonts])
+    folders = fonts.get("drawings", ()) if design.drawings else ()
+    official = ""
+    if folders and rng.random() < _OFFICIAL:
+        official = drawings.drawing(rng.choice(folders), rng.choice(design.drawings))
     return _Style(
-        strokes.die(design.fonts, rng) if drawn else rng.choice(fonts[design.fonts]),
+        official,
+        latin,
         rng.choice(fonts[design.script]),
         rng.uniform(0.1, 0.26) if rng.random() < 0.75 else rng.uniform(0.0, 0.1),
         rng.choice((rng.uniform(0.8, 1.1), rng.uniform(1.0, 1.6))),
         rng.choice((0, 0, 0, 1, -1) if drawn else _WEIGHTS),
+        design.script_width * (1.0 if design.script_width == 1 else rng.uniform(0.88, 1.15)),
+        rng.choice(_SCRIPT_WEIGHTS) if design.script == "hanzi" else 0,
     )
 
 
@@ -103,14 +123,24 @@ def _set_row(
 
 
 def _advance(sign: Sign, style: _Style) -> float:
-    if sign.kind != "char":
+    if sign.kind in _WIDTHS:
         return _WIDTHS[sign.kind]
-    mask = glyph(_font_of(sign, style), sign.char, style.weight)
-    return sign.scale * (mask.width / CAP_HEIGHT + style.spacing)
+    own = style.script_width if _is_script(sign, style) else 1.0
+    if sign.kind == "pile":
+        return 0.55 + style.spacing
+    return sign.scale * (own * _mask(sign.char, style).width / CAP_HEIGHT + style.spacing)
 
 
-def _font_of(sign: Sign, style: _Style) -> str:
-    return style.latin if sign.char.isascii() else style.script
+def _is_script(sign: Sign, style: _Style) -> bool:
+    return not sign.char.isascii() and not drawings.shows(style.official, sign.char)
+
+
+def _mask(char: str, style: _Style) -> Image.Image:
+    if style.official and drawings.shows(style.official, char):
+        return glyph(style.official, char)
+    if char.isascii():
+        return glyph(style.latin, char, style.weight)
+    return glyph(style.script, char, style.script_weight)
 
 
 def _set_sign(result: Lettering, sign: Sign, style: _Style, box: tuple, rng: Random) -> None:
@@ -119,7 +149,12 @@ def _set_sign(result: Lettering, sign: Sign, style: _Style, box: tuple, rng: Ran
     if sign.kind == "char":
         space = style.spacing * sign.scale * (right - left) / max(_advance(sign, style), 0.1)
         _set_char(result, sign, style, (left + space / 2, top, right - space / 2, bottom))
-    elif sign.kind == "seal":
+    elif sign.kind == "pile":
+        for i, char in enumerate(sign.char):
+            y = top + i * height / len(sign.char)
+            part = (left, y, right, y + 0.94 * height / len(sign.char))
+            _set_char(result, Sign("char", char), style, part)
+    elif sign.kind in ("seal", "logo"):
         result.seals.append((round(left), round(top), round(right), round(bottom)))
     elif sign.kind != "gap":
         _set_stroke(ImageDraw.Draw(result.ink), sign.kind, box, height * rng.uniform(0.08, 0.14))
@@ -129,8 +164,7 @@ def _set_char(result: Lettering, sign: Sign, style: _Style, box: tuple) -> None:
     left, top, right, bottom = _reach(sign, box)
     high = max(2, round(bottom - top))
     wide = max(1, round(right - left))
-    mask = glyph(_font_of(sign, style), sign.char, style.weight)
-    mask = mask.resize((wide, high), Image.Resampling.BOX)
+    mask = _mask(sign.char, style).resize((wide, high), Image.Resampling.BOX)
     result.ink.paste(255, (round(left), round(top)), mask)
 
 

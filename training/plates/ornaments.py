@@ -4,7 +4,7 @@ from random import Random
 
 from PIL import Image, ImageDraw
 
-from . import pictures
+from . import logos, pictures
 from .design import BLUE, GREEN, RED, WHITE, YELLOW, Colour, Design
 from .glyphs import line
 
@@ -72,6 +72,11 @@ def seal(plate: Image.Image, box: tuple, kinds: tuple[str, ...], ink: Colour, rn
         pictures.year_sticker(plate, box, ink, rng)
     elif kind == "emblem":
         pictures.emblem(plate, box, rng)
+    elif kind in _LOGOS:
+        _LOGOS[kind](plate, box, ink, rng)
+
+
+_LOGOS = {"stack": logos.stack, "outline": logos.outline, "star": logos.star, "badge": logos.badge}
 
 
 def _disc(draw, x: float, y: float, radius: float, rng: Random, colour: Colour | None = None):
@@ -100,7 +105,7 @@ def stickers(plate: Image.Image, fonts: dict, rng: Random) -> None:
     for x, y in rng.sample(
         ((0.03, 0.04), (0.84, 0.04), (0.03, 0.8), (0.84, 0.8)), rng.choice((1, 2))
     ):
-        wide, high = round(width * rng.uniform(0.1, 0.16)), round(height * rng.uniform(0.13, 0.19))
+        wide, high = round(width * rng.uniform(0.1, 0.19)), round(height * rng.uniform(0.13, 0.23))
         left, top = round(x * width), round(y * height)
         ImageDraw.Draw(plate).rectangle(
             (left, top, left + wide, top + high), fill=_near(rng.choice(_STICKERS), rng)

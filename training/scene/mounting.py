@@ -36,7 +36,7 @@ def mount(face: Face, fonts: dict, rng: Random, photo: Image.Image | None = None
     if rng.random() < 0.6:
         _holder_behind(scene, box, fonts, rng)
     scene.paste(face.picture, box[:2], _rounded(face.picture.size, rng))
-    if rng.random() < (0.4 if face.design.aspect < 2.3 else 0.1):
+    if rng.random() < (0.5 if face.design.aspect < 2.3 else 0.1):
         _frame_over(scene, box, face.design.text_box, fonts, rng)
     return scene, box
 
@@ -89,7 +89,7 @@ def _frame_over(scene: Image.Image, box: tuple, text: tuple, fonts: dict, rng: R
     over = high * min(rng.uniform(0.02, 0.14), text[1])
     under = high * min(rng.uniform(0.03, 0.15), 1 - text[3])
     side = high * rng.uniform(0.01, 0.06)
-    out = high * rng.uniform(0.02, 0.1)
+    out = high * rng.uniform(0.02, rng.choice((0.1, 0.22)))
     colour = (shade, shade, min(255, shade + 3))
     for area in (
         (left - out, top - out, right + out, top + over),
