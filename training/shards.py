@@ -23,6 +23,7 @@ from .alphabet import GROUPS, encode
 from .fonts import catalogue
 from .plates.catalogue import NAMES
 from .scene.crop import any_face, shown
+from .scene.scenery import photos
 
 Sample = tuple[bytes, list[int], int]  # JPEG, classes, region index or -1
 
@@ -32,15 +33,22 @@ _MIXED = 8  # shards whose samples are shuffled together
 _QUALITY = 93
 
 
-def render(plate: int, fonts: dict, seed: int, mix: dict[str, float] | None = None) -> list[Sample]:
+def render(
+    plate: int,
+    fonts: dict,
+    seed: int,
+    mix: dict[str, float] | None = None,
+    scenery: tuple[str, ...] = (),
+) -> list[Sample]:
     """Return SHOTS samples of plate `plate` as (JPEG, classes, region index or -1).
 
     `mix` gives weights to region groups and sets of designs; without it their usual shares hold.
+    `scenery` are photos that show no plate; they stand around some.
     """
     rng = Random(f"{seed}:{plate}")
     name = rng.choices(list(mix), list(mix.values()))[0] if mix else ""
     face = any_face(fonts, rng, name)
-    return [_packed(*shown(face, fonts, rng)) for _ in range(SHOTS)]
+    return [_packed(*shown(face, fonts, rng, scenery)) for _ in range(SHOTS)]
 
 
 def _packed(picture: np.ndarray, text: str, group: str) -> Sample:
@@ -124,10 +132,12 @@ def main() -> None:
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--mix", type=mixture, help="NAME=WEIGHT,... of groups and sets")
     parser.add_argument("--korean-glyphs", type=Path, help="folder of official drawings")
+    parser.add_argument("--scenery", type=Path, help="folder of photos that show no plate")
     args = parser.parse_args()
     args.out.mkdir(parents=True, exist_ok=True)
     fonts = catalogue(args.fonts, args.korean_glyphs)
-    make = partial(render, fonts=fonts, seed=args.seed, mix=args.mix)
+    scenery = photos(args.scenery)
+    make = partial(render, fonts=fonts, seed=args.seed, mix=args.mix, scenery=scenery)
     with Pool(args.workers) as pool:
         for shard in range(-(-args.samples // SHARD)):
             path = args.out / f"shard-{args.seed:03}-{shard:05}.npz"

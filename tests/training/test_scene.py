@@ -12,7 +12,7 @@ from PIL import Image
 from training.plates.design import Design
 from training.plates.face import Face
 from training.plates.lettering import Mark
-from training.scene import crop, geometry, looks
+from training.scene import crop, geometry, looks, scenery
 from training.scene.light import weather
 from training.scene.mounting import mount
 from training.scene.vehicle import park
@@ -129,6 +129,36 @@ def test_a_sample_is_what_the_reader_takes(fonts):
     assert picture.shape == (crop.HEIGHT, crop.WIDTH, 3) and picture.dtype == np.uint8
     assert text and group
     assert (crop.sample(fonts, Random(5))[0] == picture).all()
+
+
+@pytest.fixture
+def photos(tmp_path):
+    Image.new("RGB", (300, 200), (250, 0, 250)).save(tmp_path / "a.png")
+    return scenery.photos(tmp_path)
+
+
+def test_photos_stand_around_plates_and_are_no_plates(fonts, photos, monkeypatch):
+    monkeypatch.setattr(crop, "weather", lambda picture, _: picture)
+    shots = [crop.photographed(_green_face(), fonts, Random(s), 40, photos) for s in range(12)]
+    around = [np.asarray(shot.picture)[3, 3].astype(int) for shot in shots]
+    magenta = sum(r > 150 and g < 90 and b > 150 for r, g, b in around)
+    assert 1 <= magenta < 12
+    sign = Face(Image.new("RGB", (90, 60), (0, 90, 0)), "", Design("", "", ("",)))
+    samples = [crop.shown(sign, fonts, Random(seed), photos) for seed in range(12)]
+    assert {text + group for _, text, group in samples} == {""}
+    assert any((picture[..., 0] > 200).mean() > 0.95 for picture, _, _ in samples)
+
+
+def test_a_folder_without_photos_is_named(tmp_path):
+    with pytest.raises(FileNotFoundError, match="no photos"):
+        scenery.photos(tmp_path)
+    assert scenery.photos(None) == ()
+
+
+def test_what_cannot_be_seen_has_no_text(fonts, monkeypatch):
+    monkeypatch.setattr(crop, "weather", lambda picture, _: np.zeros_like(picture))
+    monkeypatch.setattr(crop, "photograph", lambda picture, *_: picture)
+    assert crop.shown(_green_face(), fonts, Random(1))[1:] == ("", "")
 
 
 def test_the_contact_sheet_shows_real_and_rendered_plates(font_folder, tmp_path):

@@ -8,8 +8,8 @@ import numpy as np
 from PIL import Image, ImageFilter
 
 # Shares of the plate's height on the photo
-_BLUR = 0.026  # spread of the blur's spread
-_MOTION = (0.03, 0.2)
+_BLUR = 0.021  # spread of the blur's spread
+_MOTION = (0.02, 0.17)
 _SHARPEST = 90  # pixels of a plate's height above which blur does not grow
 
 

@@ -11,6 +11,7 @@ from . import geometry, looks
 from .camera import photograph
 from .light import weather
 from .mounting import mount
+from .scenery import is_plain, part
 from .signs import draw_sign
 from .visible import text_in
 
@@ -18,6 +19,7 @@ WIDTH, HEIGHT = 192, 64  # pixels of the reader's input
 _DETAIL = (10, 72)  # heights of a plate on the photo in pixels
 _SIGNS = 0.05  # share of samples that are no plates
 _AROUND = (0.5, 0.9)  # car around the plate, as shares of its width and its height
+_REAL = 0.5  # share of plates with a photo around, where there are some
 _SQUEEZED = (64, 128), (20, 40)  # sizes to which crops are at times squeezed before
 
 
@@ -35,9 +37,12 @@ def shoot(fonts: dict, rng: Random, group: str = "", detail: float = 0) -> Shot:
     return photographed(draw_face(fonts, rng, group), fonts, rng, detail)
 
 
-def photographed(face: Face, fonts: dict, rng: Random, detail: float = 0) -> Shot:
-    """Photograph a plate or a sign, with a little around it."""
-    scene, box = mount(face, fonts, rng, around=_AROUND)
+def photographed(
+    face: Face, fonts: dict, rng: Random, detail: float = 0, photos: tuple[str, ...] = ()
+) -> Shot:
+    """Photograph a plate or a sign, with a car or a part of one of the photos around it."""
+    real = photos and rng.random() < _REAL
+    scene, box = mount(face, fonts, rng, part(photos, 2.5, rng) if real else None, _AROUND)
     detail = detail or _any_detail(rng, face)
     plate = geometry.corners(*box)
     flat = geometry.corners(0, 0, *scene.size)
@@ -108,15 +113,30 @@ def any_face(fonts: dict, rng: Random, group: str = "") -> Face:
     return draw_sign(fonts, rng) if rng.random() < _SIGNS else draw_face(fonts, rng, group)
 
 
-def shown(face: Face, fonts: dict, rng: Random) -> tuple[np.ndarray, str, str]:
-    """Return a sample of a plate or sign: a new photo of it, and one look at that."""
-    shot = photographed(face, fonts, rng)
+def shown(
+    face: Face, fonts: dict, rng: Random, photos: tuple[str, ...] = ()
+) -> tuple[np.ndarray, str, str]:
+    """Return a sample of a plate or sign: a new photo of it, and one look at that.
+
+    `photos` show no plate; they are seen around the plate, and half of the signs are parts of them.
+    """
+    if photos and not face.text and rng.random() < 0.5:
+        return _of_nothing(photos, rng), "", ""
+    shot = photographed(face, fonts, rng, photos=photos)
     area = looks.any_look(shot.corners, face.design.aspect < 2.4, rng)
     picture = straighten(shot, area)
     if rng.random() < (0.3 if face.design.group == "cn" else 0.06):
         picture = _squeezed(picture, rng)
-    text = text_in(face, shot.corners, area)
-    return np.asarray(picture), text, face.design.group if text else ""
+    pixels = np.asarray(picture)
+    text = "" if is_plain(pixels) else text_in(face, shot.corners, area)
+    return pixels, text, face.design.group if text else ""
+
+
+def _of_nothing(photos: tuple[str, ...], rng: Random) -> np.ndarray:
+    view = np.asarray(part(photos, rng.uniform(0.8, 5), rng), np.float32)
+    lit = Image.fromarray(np.clip(weather(view, rng), 0, 255).astype(np.uint8))
+    seen = photograph(lit, rng, lit.height * 0.6)
+    return np.asarray(seen.resize((WIDTH, HEIGHT), Image.Resampling.BICUBIC))
 
 
 def _squeezed(picture: Image.Image, rng: Random) -> Image.Image:
