@@ -64,13 +64,12 @@ def remove_models() -> dict[str, object]:
 
 def _remove(folder: Path) -> dict[str, object]:
     from .mmc.fetch.disk import disk_errors
-    from .mmc.install.lock import FileLock
+    from .mmc.install.exclusive import exclusive
     from .mmc.install.removal import remove_folder
 
     busy = f"a set-up is writing to {folder}; stop it or wait for it, then run this again"
-    lock = FileLock(folder.parent / f".{folder.name}.lock", busy, wait=False)
     with disk_errors(f"removing {folder}"):
         if not folder.parent.is_dir():
             return {"removed": False, "freed_bytes": 0}
-        with lock:
+        with exclusive(folder, busy, wait=False):
             return remove_folder(folder)

@@ -32,7 +32,7 @@ def test_nothing_there(local):
 def test_all_is_removed_and_counted(local, folder):
     assert local._dir_size(folder) == local._dir_size(str(folder)) == 30
     assert local.remove_models() == {"removed": True, "freed_bytes": 30}
-    assert os.listdir(folder.parent) == []
+    assert os.listdir(folder.parent) == [f".{folder.name}.lock"]
     assert local.remove_models() == NOTHING
 
 

@@ -8,7 +8,15 @@ import zipfile
 import pytest
 from release_archives import linux_build, tar_member, tar_of, windows_build
 from zelvoran_anpr.mmc import MmcError
+from zelvoran_anpr.mmc.install import unpack as unpacking
 from zelvoran_anpr.mmc.install.unpack import unpack
+
+
+@pytest.fixture(params=["filter", "old Python"], autouse=True)
+def python(request, monkeypatch):
+    """Early patch levels of 3.10 and 3.11 unpack without the standard library's filter."""
+    if request.param == "old Python":
+        monkeypatch.setattr(unpacking, "_FILTER", {})
 
 
 def unpacked(tmp_path, content: bytes, name: str = "a.tar.gz"):
@@ -114,9 +122,31 @@ def test_a_broken_archive_is_named(tmp_path, cut):
 
 
 def test_more_than_a_release_can_hold_is_refused(tmp_path, monkeypatch):
-    from zelvoran_anpr.mmc.install import unpack as module
-
-    monkeypatch.setattr(module, "_MAX_BYTES", 1000)
+    monkeypatch.setattr(unpacking, "_MAX_BYTES", 1000)
     with pytest.raises(MmcError, match="more than a release can hold"):
         unpacked(tmp_path, tar_of(tar_member("big", bytes(2000))))
     assert names(tmp_path / "outer") == ["target"]
+
+
+def test_a_zip_with_inner_links_and_modes(tmp_path):
+    out = io.BytesIO()
+    with zipfile.ZipFile(out, "w") as archive:
+        for name, mode, content in (
+            ("bin/llama-server", 0o100775, b"x"), ("bin/libllama.so", 0o120777, b"libllama.so.0"),
+            ("bin/libllama.so.0", 0o100644, b"lib"),
+        ):  # fmt: skip
+            info = zipfile.ZipInfo(name)
+            info.external_attr = mode << 16
+            archive.writestr(info, content)
+    home = unpacked(tmp_path, out.getvalue(), "a.zip") / "bin"
+    assert (home / "libllama.so").read_bytes() == b"lib"
+    assert (home / "llama-server").stat().st_mode & 0o7777 == 0o755
+    assert (home / "libllama.so.0").stat().st_mode & 0o7777 == 0o644
+
+
+def test_a_zip_that_leads_out_is_refused(tmp_path):
+    out = io.BytesIO()
+    with zipfile.ZipFile(out, "w") as archive:
+        archive.writestr("../evil", "x")
+    with pytest.raises(MmcError, match="is unsafe"):
+        unpacked(tmp_path, out.getvalue(), "a.zip")

@@ -10,7 +10,7 @@ from pathlib import Path
 from ..errors import MmcError
 from .digest import sha256_of
 from .http import TransientError, host_of
-from .progress import Progress
+from .progress import progress
 from .transfer import Remote, append
 
 # Seconds to wait before each further attempt that brings no new byte.
@@ -33,20 +33,18 @@ def fetch(remote: Remote, part: Path) -> None:
 
 
 def _complete(remote: Remote, part: Path) -> None:
-    progress, delays = Progress(remote.name, remote.size), list(RETRY_DELAYS)
-    try:
+    delays = list(RETRY_DELAYS)
+    with progress(remote.name, _usable_size(part, remote.size), remote.size) as bar:
         while (have := _usable_size(part, remote.size)) < remote.size:
             _require_space(part.parent, remote.size - have, remote.name)
             try:
-                append(remote, part, have, progress)
+                append(remote, part, have, lambda done: bar.update(done - bar.n))
             except TransientError as error:
                 if _usable_size(part, remote.size) > have:
                     delays = list(RETRY_DELAYS)
                 if not delays:
                     raise MmcError(f"{error}; run it again to continue where it stopped") from None
                 time.sleep(delays.pop(0))
-    finally:
-        progress.close()
 
 
 def _usable_size(part: Path, size: int) -> int:

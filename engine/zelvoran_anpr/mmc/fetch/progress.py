@@ -2,11 +2,10 @@
 
 import os
 import sys
-import time
-from typing import TextIO
+from typing import TYPE_CHECKING, TextIO
 
-_REDRAW_SECONDS = 0.2
-_MIB = 1 << 20
+if TYPE_CHECKING:
+    from tqdm import tqdm
 
 
 def watched(stream: TextIO) -> bool:
@@ -16,39 +15,14 @@ def watched(stream: TextIO) -> bool:
     return stream.isatty() and not plain
 
 
-class Progress:
-    """Shows `label: done/total MiB, percent, rate`; silent when nobody watches."""
+def progress(label: str, done: int, total: int) -> "tqdm":
+    """A bar over `total` bytes, `done` of them there before it began; gone when it is closed."""
+    from tqdm import tqdm
 
-    def __init__(self, label: str, total: int, stream: TextIO | None = None) -> None:
-        self._label, self._total = label, max(total, 1)
-        self._stream = stream or sys.stderr
-        self._shown = watched(self._stream)
-        self._started, self._first = time.monotonic(), None
-        self._drawn_at = 0.0
-
-    def update(self, done: int) -> None:
-        """`done`: bytes that are on disk now."""
-        if not self._shown:
-            return
-        if self._first is None:
-            self._first = done
-        now = time.monotonic()
-        if done >= self._total or now - self._drawn_at >= _REDRAW_SECONDS:
-            self._drawn_at = now
-            self._draw(done, (done - self._first) / max(now - self._started, 0.001))
-
-    def _draw(self, done: int, rate: float) -> None:
-        text = (
-            f"\r   {self._label}: {done / _MIB:.0f}/{self._total / _MIB:.0f} MiB"
-            f" ({100 * done // self._total} %), {rate / _MIB:.1f} MiB/s"
-        )
-        self._stream.write(f"{text}\x1b[K")
-        self._stream.flush()
-
-    def close(self) -> None:
-        if self._shown and self._first is not None:
-            self._stream.write("\r\x1b[K")
-            self._stream.flush()
+    return tqdm(
+        desc=f"   {label}", initial=done, total=total, unit="B", unit_scale=True,
+        unit_divisor=1024, leave=False, dynamic_ncols=True, disable=not watched(sys.stderr),
+    )  # fmt: skip
 
 
 def hint(text: str) -> None:

@@ -2,6 +2,7 @@
 
 import http.client
 import re
+from collections.abc import Callable
 from dataclasses import dataclass
 from pathlib import Path
 from typing import BinaryIO
@@ -9,7 +10,6 @@ from typing import BinaryIO
 from ..errors import MmcError
 from .disk import disk_errors
 from .http import StatusError, TransientError, host_of, open_url, reason_of
-from .progress import Progress
 
 _BLOCK = 1 << 18
 _CONTENT_RANGE = re.compile(r"bytes (\d+)-\d+/(\d+|\*)")
@@ -25,7 +25,8 @@ class Remote:
     sha256: str | None
 
 
-def append(remote: Remote, part: Path, have: int, progress: Progress) -> None:
+def append(remote: Remote, part: Path, have: int, tell: Callable[[int], object]) -> None:
+    """Ask for the bytes after the first `have`; `tell` learns how many are on disk."""
     headers = {"Range": f"bytes={have}-"} if have else {}
     try:
         answer = open_url(remote.url, headers)
@@ -43,7 +44,7 @@ def append(remote: Remote, part: Path, have: int, progress: Progress) -> None:
                 out.truncate(0)
                 raise MmcError(f"{host_of(remote.url)} sends more than {remote.name} should hold")
             _write(out, block, remote.name)
-            progress.update(have)
+            tell(have)
     if have < remote.size:
         raise TransientError(f"{host_of(remote.url)} closed the connection early")
 

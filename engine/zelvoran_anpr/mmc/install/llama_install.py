@@ -11,6 +11,7 @@ import tempfile
 from pathlib import Path
 from typing import Any
 
+from ...atomic_file import write_atomic
 from ..errors import MmcError
 from ..fetch.download import Remote, fetch
 from ..places import EXECUTABLE
@@ -74,9 +75,7 @@ def _switch(bin_dir: Path, record: dict[str, Any], inner: Path, fresh: Path) -> 
     os.replace(fresh, home)
     path = home / inner
     record["path"] = path.relative_to(bin_dir).as_posix()
-    pending = bin_dir / f".{llama_binary.CURRENT}"
-    pending.write_text(json.dumps(record, indent=1), encoding="utf-8")
-    os.replace(pending, bin_dir / llama_binary.CURRENT)
+    write_atomic(bin_dir / llama_binary.CURRENT, json.dumps(record, indent=1).encode())
     sweep(bin_dir)
     shutil.rmtree(bin_dir / "downloads", ignore_errors=True)
     return answer(record, str(path))

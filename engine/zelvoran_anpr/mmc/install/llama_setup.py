@@ -11,8 +11,8 @@ from ..fetch.progress import hint
 from ..places import EXECUTABLE, SERVER_BIN_ENV
 from . import llama_binary, releases
 from .builds import Build, find_build, wanted_variants
+from .exclusive import exclusive
 from .llama_install import DoesNotRun, answer, install, sweep
-from .lock import FileLock
 
 
 def set_up_binary(bin_dir: Path, variant: str, tag: str | None) -> dict[str, str]:
@@ -20,9 +20,8 @@ def set_up_binary(bin_dir: Path, variant: str, tag: str | None) -> dict[str, str
     wanted, tag = wanted_variants(variant or "auto"), None if tag == "latest" else tag
     if found := _users_own(bin_dir, free_choice=variant in ("", "auto") and not tag):
         return found
-    busy = "another llama-server set-up is running"
-    lock = FileLock(bin_dir.parent / f".{bin_dir.name}.lock", busy)
-    with disk_errors(f"installing llama-server in {bin_dir}"), lock:
+    alone = exclusive(bin_dir, "another llama-server set-up is running")
+    with disk_errors(f"installing llama-server in {bin_dir}"), alone:
         bin_dir.mkdir(exist_ok=True)
         sweep(bin_dir)
         try:

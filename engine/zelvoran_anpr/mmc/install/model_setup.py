@@ -6,7 +6,7 @@ from ..errors import MmcError
 from ..fetch.disk import disk_errors
 from ..fetch.download import Remote, fetch
 from ..fetch.http import reason_of
-from .lock import FileLock
+from .exclusive import exclusive
 from .model_files import ModelFile, ModelSet, model_set
 from .model_store import ModelStore, installed_models
 
@@ -19,8 +19,8 @@ def set_up_models(folder: Path, endpoint: str | None, allow_download: bool) -> d
     store, files = ModelStore(folder), model_set()
     if not allow_download or not _missing(store, files):
         return installed_models(store, files)
-    lock = FileLock(folder.parent / f".{folder.name}.lock", "another model set-up is running")
-    with disk_errors(f"storing the model in {folder}"), lock:
+    alone = exclusive(folder, "another model set-up is running")
+    with disk_errors(f"storing the model in {folder}"), alone:
         folder.mkdir(exist_ok=True)
         for file in _missing(store, files):
             fetch(_remote(files, file, endpoint), store.part(file))

@@ -6,6 +6,7 @@ import os
 from pathlib import Path
 from typing import Any
 
+from ...atomic_file import write_atomic
 from ..errors import MmcError
 from ..fetch.digest import sha256_of
 from .model_files import ModelFile, ModelSet
@@ -70,13 +71,9 @@ class ModelStore:
 
     def _stamp(self, name: str, stamp: list[Any]) -> None:
         stamps = {**self._stamps(), name: stamp}
-        fresh = self.folder / f"{_STAMPS}.{os.getpid()}"
-        try:
-            fresh.write_text(json.dumps(stamps, indent=1), encoding="utf-8")
-            os.replace(fresh, self.folder / _STAMPS)
-        except OSError:
-            # A read-only folder: the files are good all the same, they are hashed again next time.
-            pass
+        # In a read-only folder the files are good all the same, and hashed again next time.
+        with contextlib.suppress(OSError):
+            write_atomic(self.folder / _STAMPS, json.dumps(stamps, indent=1).encode())
 
 
 def installed_models(store: ModelStore, files: ModelSet) -> dict[str, str]:

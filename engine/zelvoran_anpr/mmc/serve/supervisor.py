@@ -43,9 +43,8 @@ class Supervisor:
         self._thread.start()
         self._settled.wait()
         if self.port() is None:
-            text = self.error
             self.stop()
-            raise MmcError(text)
+            raise MmcError(self.error)
 
     def stop(self) -> None:
         self._stopping.set()
@@ -65,12 +64,11 @@ class Supervisor:
         failures = 0
         while process and not self._stopping.is_set():
             lived = self._watch(process)
+            if not self._stopping.is_set() or not process.alive():
+                self.error = f"llama-server ended ({process.last_words()})"
             self._process = None
             process.end()
             failures = 1 if lived > _STEADY_SECONDS else failures + 1
-            if self._stopping.is_set():
-                break
-            self.error = f"llama-server ended ({process.last_words()}); restarting it"
             process = self._again(failures)
 
     def _first(self) -> LlamaProcess | None:

@@ -2,14 +2,15 @@
 
 import datetime
 import json
-import os
 import threading
 from collections.abc import Callable
 from pathlib import Path
 from typing import Any
 
+from filelock import FileLock
+
+from ...atomic_file import write_atomic
 from ..errors import MmcError
-from ..install.lock import FileLock
 
 FILE_NAME = "mmc_usage.json"
 
@@ -60,7 +61,7 @@ class DailyCounter:
         with self._guard:
             try:
                 self._change_file(step)
-            except OSError:
+            except (OSError, NotImplementedError):
                 # A full or read-only disk stops no recognition: count on without the file.
                 self._memory, self._path = self._load(), None
                 self._change_file(step)
@@ -68,8 +69,8 @@ class DailyCounter:
     def _change_file(self, step: Callable[[int], int]) -> None:
         if self._path is None:
             return self._store(step(self._of_today(self._load())))
-        lock = self._path.with_name(f".{self._path.name}.lock")
-        with FileLock(lock, "the MMC counter is in use", quiet=True):
+        lock = FileLock(self._path.with_name(f".{self._path.name}.lock"), mode=0o600)
+        with lock.acquire(poll_interval=0.005):
             self._store(step(self._of_today(self._load())))
 
     def _of_today(self, data: dict[str, Any]) -> int:
@@ -93,9 +94,7 @@ class DailyCounter:
         fresh["calls"][self._name] = count
         self._memory = fresh
         if self._path is not None:
-            pending = self._path.with_name(f".{self._path.name}.{os.getpid()}")
-            pending.write_text(json.dumps(fresh), encoding="utf-8")
-            os.replace(pending, self._path)
+            write_atomic(self._path, json.dumps(fresh).encode())
 
 
 def _status(calls: int, limit: int | str, remaining: int | str) -> dict[str, Any]:
