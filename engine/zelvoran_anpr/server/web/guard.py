@@ -8,6 +8,7 @@ from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
 from .access import Refusal, Request, foreign_page, not_allowed, wrong_host
 from .answers import problem
+from .log_text import shown
 from .methods import as_routed
 from .paths import OPEN_PATHS, PAGES, PROBES, route_name
 from .state import ServiceState
@@ -77,8 +78,9 @@ class Guard:
         if scope["path"] in PROBES:  # asked for every few seconds: they would hide the rest
             return
         client = (scope.get("client") or ("-",))[0]
-        path = scope.get("raw_path", b"").decode("ascii", "backslashreplace")
-        _log.info('%s "%s %s" %d %.1f ms', client, scope["method"], path, status, seconds * 1000)
+        path = shown(scope.get("raw_path", b"").decode("ascii", "backslashreplace"))
+        method = shown(scope["method"])
+        _log.info('%s "%s %s" %d %.1f ms', client, method, path, status, seconds * 1000)
 
 
 def _request(scope: Scope) -> Request:
