@@ -9,7 +9,8 @@ import sys
 import time
 
 import pytest
-from conftest import running, wait_until
+from conftest import running
+from processes import wait_until
 
 _WRITE = """
 import logging, pathlib, sys

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import pytest
 import zelvoran_anpr
-from conftest import free_port
+from processes import free_port
 
 _LATEST_SECONDS = 14  # the runtime's own telemetry waits about ten
 _READ = """

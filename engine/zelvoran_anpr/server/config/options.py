@@ -71,6 +71,7 @@ OPTIONS: dict[str, dict[str, Option]] = {
     },
     "limits": {
         "body_mb": Option(20, _number(0.001, 4096), "largest upload, in MB"),
+        "uploads_mb": Option(200, _number(0.001, 65536), "all uploads at the same time, in MB"),
         "megapixels": Option(50, _number(0.001, 1000), "largest photo"),
         "queue": Option(32, _whole(0, 100000), "photos that may wait; more are answered with 429"),
         "header_seconds": Option(10, _number(0.1, 3600), "for a client to send its request line"),

@@ -3,6 +3,7 @@
 import asyncio
 import contextlib
 
+from starlette.formparsers import MultiPartParser
 from starlette.responses import JSONResponse
 from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
@@ -10,6 +11,7 @@ from .limited_body import LimitedBody, Stop, too_large
 from .paths import RECOGNITION
 from .pool import PoolFull
 from .state import ServiceState
+from .upload_total import UploadTotal
 
 _JSON_BYTES = 64 * 1024
 _DRAIN_BYTES = 64 * 1024 * 1024
@@ -22,12 +24,15 @@ class BodyLimits:
     def __init__(self, app: ASGIApp, state: ServiceState) -> None:
         self._app = app
         self._state = state
+        self._total = UploadTotal(int(state.settings.limits.uploads_mb * 1e6))
+        # Photos stay in memory, where they are counted; no disk can be filled with them.
+        MultiPartParser.spool_max_size = int(state.settings.limits.body_mb * 1e6)
 
     async def __call__(self, scope: Scope, receive: Receive, send: Send) -> None:
         if scope["type"] != "http":
             await self._app(scope, receive, send)
             return
-        body = LimitedBody(receive, self._limit(scope), self._state.settings.limits)
+        body = LimitedBody(receive, self._limit(scope), self._state.settings.limits, self._total)
         answering = False
 
         async def watched_send(message: Message) -> None:
@@ -37,12 +42,14 @@ class BodyLimits:
             answering = True
             await send(message)
 
-        body.stop = self._check_head(scope, body.limit)
         try:
+            body.stop = self._check_head(scope, body.limit)
             if not body.stop:
                 await self._app(scope, body.receive, watched_send)
         except Stop:
             pass  # kept by the body
+        finally:
+            self._total.leave(body)
         if body.stop and not answering:
             await _answer_and_drain(body.stop.answer, receive, send)
 

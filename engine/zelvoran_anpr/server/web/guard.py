@@ -8,6 +8,7 @@ from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
 from .access import Refusal, Request, foreign_page, not_allowed, wrong_host
 from .answers import problem
+from .heads import head_problem, plain_head
 from .log_text import shown
 from .methods import as_routed
 from .paths import OPEN_PATHS, PAGES, PROBES, route_name
@@ -51,7 +52,9 @@ class Guard:
                 message["headers"] = _with_headers(scope, message.get("headers", []))
             await send(message)
 
-        refusal = self._refusal(scope)
+        refusal = head_problem(scope)
+        scope = plain_head(scope)
+        refusal = refusal or _one_too_many(scope) or self._refusal(scope)
         routed = as_routed(scope)
         app = _refuse(refusal) if refusal else self._app
         try:
@@ -94,9 +97,17 @@ def _request(scope: Scope) -> Request:
     return Request(headers, client, (scope.get("server") or ("",))[0], opens_page)
 
 
+def _one_too_many(scope: Scope) -> Refusal | None:
+    if scope.get("state", {}).get("crowded") and scope["path"] not in PROBES:
+        return Refusal(503, "Too many clients are connected; see limits.connections")
+    return None
+
+
 def _refuse(refusal: Refusal) -> ASGIApp:
     # The body is not read: the connection cannot be used again.
     headers = {"connection": "close"}
+    if refusal.status == 503:
+        headers["retry-after"] = "1"
     if refusal.status == 401:
         headers["www-authenticate"] = 'Bearer realm="ANPR server"'
     return problem(refusal.status, refusal.text, **headers)

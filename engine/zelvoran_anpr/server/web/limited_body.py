@@ -1,4 +1,4 @@
-"""A request body that ends early when it is too large or comes too slowly."""
+"""A request body that ends early when it is too large, comes too slowly or has no room."""
 
 import asyncio
 import time
@@ -7,6 +7,7 @@ from typing import Any
 from starlette.types import Message, Receive
 
 from .answers import problem
+from .upload_total import UploadTotal
 
 
 class Stop(Exception):
@@ -19,29 +20,54 @@ class Stop(Exception):
 class LimitedBody:
     """Stands in for the `receive` of a request; `limit` is in bytes."""
 
-    def __init__(self, receive: Receive, limit: int, limits: Any) -> None:
+    def __init__(self, receive: Receive, limit: int, limits: Any, total: UploadTotal) -> None:
         self.limit = limit
         self.stop: Stop | None = None
         """Why no more of the body is taken; what the application makes of that does not count."""
+        self.taken = 0
+        self.last_at = time.monotonic()
+        self.complete = False
         self._receive = receive
         self._left = limit
-        self._deadline = time.monotonic() + limits.body_seconds
-        self._complete = False
+        self._deadline = self.last_at + limits.body_seconds
+        self._total = total
+        self._gave_way = asyncio.Event()
+        total.enter(self)
 
     async def receive(self) -> Message:
-        if self._complete:  # what comes now is the end of the connection, whenever that is
+        if self.complete:  # what comes now is the end of the connection, whenever that is
             return await self._receive()
-        try:
-            seconds = max(self._deadline - time.monotonic(), 0)
-            message = await asyncio.wait_for(self._receive(), seconds)
-        except asyncio.TimeoutError:
-            raise self._stopped(Stop(408, "The request was sent too slowly")) from None
+        message = await self._next()
         if message["type"] == "http.request":
-            self._left -= len(message.get("body", b""))
-            self._complete = not message.get("more_body", False)
+            size = len(message.get("body", b""))
+            self._left -= size
+            self.complete = not message.get("more_body", False)
+            self.last_at = time.monotonic()
             if self._left < 0:
                 raise self._stopped(too_large(self.limit))
+            if not self._total.take(self, size):
+                raise self._stopped(no_room())
         return message
+
+    def give_way(self) -> None:
+        """Stop: the room is needed for a client that sends."""
+        self._gave_way.set()
+
+    async def _next(self) -> Message:
+        message = asyncio.ensure_future(self._receive())
+        gave_way = asyncio.ensure_future(self._gave_way.wait())
+        try:
+            seconds = max(self._deadline - time.monotonic(), 0)
+            first = asyncio.FIRST_COMPLETED
+            await asyncio.wait({message, gave_way}, timeout=seconds, return_when=first)
+            if gave_way.done():
+                raise self._stopped(no_room())
+            if not message.done():
+                raise self._stopped(Stop(408, "The request was sent too slowly"))
+            return message.result()
+        finally:
+            message.cancel()
+            gave_way.cancel()
 
     def _stopped(self, stop: Stop) -> Stop:
         self.stop = stop
@@ -50,3 +76,7 @@ class LimitedBody:
 
 def too_large(limit: int) -> Stop:
     return Stop(413, f"The request may have at most {limit / 1e6:g} MB")
+
+
+def no_room() -> Stop:
+    return Stop(429, "The server holds as many uploads as it may", **{"retry-after": "1"})

@@ -111,7 +111,7 @@ def _remember(state: ServiceState, name: str, answer: Recognition) -> None:
     state.recent.add(
         {
             "time": datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds"),
-            "file": name[:200],
+            "file": name[:200].encode("utf-8", "replace").decode(),
             "plates": [plate.plate_text for plate in answer.results],
             "region": answer.region,
             "processing_sec": answer.processing_sec,

@@ -11,6 +11,9 @@ import uvicorn
 
 from ..config.settings import Settings
 from .app import create_app
+from .crowd import Crowd
+from .descriptors import BACKLOG, affordable_connections
+from .heads import MOST_BYTES
 from .protocol import guarded_protocol
 from .state import ServiceState
 
@@ -26,16 +29,18 @@ class Service:
         """One line on why the service could not work, set when `run` has returned."""
         self._state = ServiceState(settings, token)
         limits = settings.limits
+        crowd = Crowd(affordable_connections(limits.connections))
         self._server = _Server(
             uvicorn.Config(
                 create_app(self._state),
-                http=guarded_protocol(limits.header_seconds, limits.body_seconds),
+                http=guarded_protocol(limits.header_seconds, limits.body_seconds, crowd),
+                h11_max_incomplete_event_size=2 * MOST_BYTES,
+                backlog=BACKLOG,
                 ws="none",
                 log_config=None,
                 access_log=False,  # ours also tells how long an answer took
                 proxy_headers=False,  # the peer's address decides what it may do
                 server_header=False,
-                limit_concurrency=limits.connections,
                 timeout_graceful_shutdown=int(limits.stop_seconds) + 1,
                 lifespan="off",
             )
