@@ -13,7 +13,8 @@ from random import Random
 from PIL import Image
 
 from .fonts import catalogue
-from .scene.crop import Shot, sample, shoot
+from .scene.crop import sample
+from .scene.shot import shoot
 
 CELL = (200, 100)  # pixels
 ROWS, COLUMNS = 10, 4  # of each half
@@ -39,13 +40,7 @@ def rendered_crops(fonts: dict, group: str, rng: Random, heights: list[int], str
     if straight:
         return [Image.fromarray(sample(fonts, rng, group)[0]) for _ in heights]
     shots = [shoot(fonts, rng, group, height) for height in heights]
-    return [_near_plate(shot) for shot in shots]
-
-
-def _near_plate(shot: Shot) -> Image.Image:
-    low, high = shot.corners.min(axis=0), shot.corners.max(axis=0)
-    edge = 0.12 * (high - low)
-    return shot.picture.crop(tuple(map(round, (*(low - edge), *(high + edge)))))
+    return [shot.picture for shot in shots]
 
 
 def sheet(halves: list[list[Image.Image]]) -> Image.Image:

@@ -11,7 +11,7 @@ from PIL import Image, ImageOps
 
 from ..plates.face import draw_face
 from ..scene import geometry
-from ..scene.crop import Shot, shown, straighten
+from ..scene.crop import shown, straighten
 
 
 @dataclass(frozen=True)
@@ -36,7 +36,7 @@ def real(folder: Path, margin: float = 0.03) -> Iterator[Labelled]:
 
 
 def _cut(photo: Image.Image, corners: np.ndarray) -> np.ndarray:
-    return np.asarray(straighten(Shot(photo, corners, None)))
+    return np.asarray(straighten(photo, corners))
 
 
 def rendered(fonts: dict, count: int, seed: int) -> Iterator[Labelled]:

@@ -1,5 +1,6 @@
 """The areas that a reader is shown: what a detector finds, whole pictures, careless crops."""
 
+from collections.abc import Callable
 from math import cos, radians, sin
 from random import Random
 
@@ -10,15 +11,22 @@ from . import geometry
 _BORDER = 0.35  # largest border of a careless crop, as a share of the plate's width or height
 _CUT = 0.2  # share of careless crops that cut one side of the plate
 _DEEPEST = 0.3  # of the plate's width or height that a cut takes
-ROOM = 0.5  # around the plate that every look needs, as a share of its width and height
 
 
-def any_look(quad: np.ndarray, is_tall: bool, rng: Random) -> np.ndarray:
-    """Return the area (4 x 2 points) of a plate's quad; tall plates are more often whole crops."""
+Look = Callable[[np.ndarray, Random], np.ndarray]  # from a plate's quad to the area shown
+
+
+def any_look(is_tall: bool, rng: Random) -> Look:
+    """Return a way to look at a plate; tall ones are more often whole pictures."""
     draw = rng.random()
     if draw < (0.4 if is_tall else 0.58):
-        return found(quad, rng)
-    return whole(quad, rng) if draw < 0.85 else skewed(quad, rng)
+        return found
+    return whole if draw < 0.85 else skewed
+
+
+def near(quad: np.ndarray, _: Random) -> np.ndarray:
+    """Return the upright box around a plate, with a little border."""
+    return _grown(_upright(quad), (0.16, 0.16, 0.16, 0.16))
 
 
 def found(quad: np.ndarray, rng: Random) -> np.ndarray:
