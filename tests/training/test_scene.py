@@ -104,6 +104,9 @@ def test_minor_characters_are_not_asked_for_where_they_are_tiny():
     assert text_in(face, _PLATE, _PLATE) == "A"
     assert text_in(face, _PLATE / 3, _PLATE / 3) == ""
     assert text_in(_marked((10, 5, 50, 20)), _PLATE / 3, _PLATE / 3) == "A"
+    uneven = _marked((10, 5, 50, 20), (80, 5, 120, 30), minor=True)
+    assert text_in(uneven, _PLATE / 2, _PLATE / 2) == "AB"
+    assert text_in(uneven, _PLATE / 3, _PLATE / 3) == ""
 
 
 @pytest.mark.parametrize("look", [looks.near, looks.found, looks.whole, looks.skewed])

@@ -38,6 +38,7 @@ _KR = {"group": "kr", "country": "kr", "script": "hangul", "fonts": "wide"}
 _JP = {
     "group": "jp", "country": "jp", "script": "kana", "fonts": "wide", "aspect": 2.0,
     "rows": (0.33, 0.6), "box": (0.05, 0.07, 0.95, 0.95), "screws": (0.13,), "border": 0.15,
+    "letters": "ACFHKLMPXY",
 }  # fmt: skip
 _JP_PALETTES = ((WHITE, (20, 84, 56)), (GREEN, WHITE), (YELLOW, BLACK), (BLACK, YELLOW))
 
@@ -81,10 +82,11 @@ DESIGNS = (
     Design(patterns=("DD U/DDDD",), weight=1, aspect=2.0, rows=(0.36, 0.58), screws=(0.14,),
            box=(0.08, 0.07, 0.92, 0.94), palettes=(_KR_GREEN, BLACK_ON_WHITE), drawings=("P6",),
            **_KR),
-    Design(patterns=("J DDD/K DD-DD", "J DDD/K DD-DD", "J DD/K DD-DD", "J DDD/K .DDD",
-           "J DDL/K DD-DD", "J DDD/K ..DD"), weight=5, palettes=_JP_PALETTES[:1], **_JP),
-    Design(patterns=("J DDD/K DD-DD", "J DDD/K .DDD"), weight=2.5,
-           palettes=_JP_PALETTES[1:], **_JP),
-    Design(patterns=("J DDD/K DD-DD",), weight=1, palettes=((WHITE, BLUE), (WHITE, BLACK)),
-           pictures=0.8, **_JP),
+    Design(patterns=("J NDD/K ND-DD", "J NDD/K ND-DD", "J ND/K ND-DD", "J NDD/K .NDD",
+           "J NDL/K ND-DD", "J NDD/K ..ND", "J NDD/K ...N", "J NLL/K ND-DD"), weight=5,
+           palettes=_JP_PALETTES[:1], **_JP),
+    Design(patterns=("J NDD/K ND-DD", "J NDD/K ND-DD", "J NDL/K ND-DD", "J NDD/K .NDD"),
+           weight=2.5, palettes=_JP_PALETTES[1:], **_JP),
+    Design(patterns=("J NDD/K ND-DD", "J NDL/K ND-DD"), weight=1, pictures=0.8,
+           palettes=((WHITE, BLUE), (WHITE, BLACK), BLACK_ON_WHITE), **_JP),
 )  # fmt: skip

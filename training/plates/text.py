@@ -81,8 +81,8 @@ def _characters(mark: str, last: str, design: Design, rng: Random) -> str:
     if mark in "RJ":
         return rng.choice(KR_PLACES if mark == "R" else JP_PLACES)
     sets = {
-        "L": design.letters, "D": "0123456789", "P": CN_PROVINCES, "S": CN_SPECIAL,
-        "U": KR_PRIVATE, "K": JP_KANA, "X": design.letters + "0123456789",
+        "L": design.letters, "D": "0123456789", "N": "123456789", "P": CN_PROVINCES,
+        "S": CN_SPECIAL, "U": KR_PRIVATE, "K": JP_KANA, "X": design.letters + "0123456789",
     }  # fmt: skip
     possible = sets.get(mark, mark)
     if last and last in possible and rng.random() < _DOUBLED:

@@ -7,7 +7,7 @@ from ..plates.lettering import Mark
 from . import geometry
 
 _SHARE = 0.7  # of a character's area that must be seen
-_LEAST = 7.0  # pixels of a minor character's height that can be read
+_LEAST = 7.0  # pixels of the minor characters' mean height from which they can be read
 _GRID = (np.mgrid[0:7, 0:7].reshape(2, -1).T + 0.5) / 7
 
 
@@ -17,11 +17,12 @@ def text_in(face: Face, plate: np.ndarray, area: np.ndarray) -> str:
         return face.text
     on_photo = geometry.homography(geometry.corners(0, 0, *face.picture.size), plate)
     into_area = geometry.homography(area, geometry.corners(0, 0, 1, 1))
+    heights = [_height(mark, on_photo) for mark in face.marks if mark.minor]
+    without_minor = bool(heights) and float(np.mean(heights)) < _LEAST
     return "".join(
         mark.text
         for mark in face.marks
-        if _is_inside(mark, into_area @ on_photo)
-        and not (mark.minor and _height(mark, on_photo) < _LEAST)
+        if _is_inside(mark, into_area @ on_photo) and not (mark.minor and without_minor)
     )
 
 
