@@ -33,6 +33,8 @@ def serve(settings: Settings, detached: bool) -> None:
     set_up_logging(
         log_path(), int(settings.limits.log_mb * 1e6), settings.limits.log_files, not detached
     )
+    for line in settings.warnings:
+        _log.warning("%s", line)
     record = write_own_record(
         server.host, server.port, server.threads, settings.source, __version__, detached
     )

@@ -227,9 +227,15 @@ def test_stop_waits_for_the_call_under_way(make, service):
         ({"cloud": "x"}, "mmc.cloud must be a group of settings"),
         ({"cloud": {"timeout": "soon"}}, "mmc.cloud.timeout must be a number .* not 'soon'"),
         ({"cloud": {"timeout": True}}, "mmc.cloud.timeout must be a number"),
-        ({"cloud": {"daily_limit": -1}}, "mmc.cloud.daily_limit must be a number of at least 0"),
+        (
+            {"cloud": {"daily_limit": -1}},
+            "mmc.cloud.daily_limit must be a whole number of at least 0",
+        ),
         ({"cloud": {"url": ["x"]}}, "mmc.cloud.url must be text"),
-        ({"backend": "local", "local": {"parallel": 0}}, "mmc.local.parallel must be a number"),
+        (
+            {"backend": "local", "local": {"parallel": 0}},
+            "mmc.local.parallel must be a whole number",
+        ),
         ({"backend": "local", "local": {"threads": float("nan")}}, "mmc.local.threads must be"),
     ],
 )

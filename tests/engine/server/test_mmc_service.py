@@ -1,9 +1,12 @@
 """Make, model and colour through the server, from a service that this test runs."""
 
+import contextlib
 import json
+import socket
 import threading
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
+import httpx
 import pytest
 from conftest import upload
 from processes import free_port, wait_until
@@ -99,11 +102,38 @@ def test_a_change_that_fails_keeps_the_backend_and_a_later_one_reads_the_new_set
     assert answer["results"][0]["mmc_make"] == "Renault"
 
 
-def test_switched_off_it_says_so_and_choosing_a_backend_switches_it_on(home, service):
+def test_switched_off_it_says_so_and_stays_off_until_the_configuration_says_otherwise(
+    home, service, plate_photo
+):
     home.configure(mmc={"enabled": False, "cloud": {"url": service.url}})
     with home.start(threads=1).client() as client:
         status = client.get("/api/mmc/status").json()
         assert (status["available"], status["error"]) == (False, "MMC is switched off")
+        refused = client.put("/api/mmc/backend", json={"backend": "cloud"}).json()
+        assert (refused["success"], refused["error"]) == (
+            False, "MMC is switched off; to switch it on: zv-anpr mmc-backend cloud",
+        )  # fmt: skip
+        assert upload(client, plate_photo, "/api/anpr/mmc").json()["results"][0]["mmc_make"] == ""
         assert client.get("/api/health").json()["mmc_enabled"] is False
+        assert service.pictures == []
+        home.configure(mmc={"enabled": True, "cloud": {"url": service.url}})
         assert client.put("/api/mmc/backend", json={"backend": "cloud"}).json()["success"]
         assert client.get("/api/health").json()["mmc_available"] is True
+
+
+def test_a_service_that_says_nothing_blocks_neither_the_status_nor_the_stop(home):
+    with socket.create_server(("127.0.0.1", 0)) as silent:
+        url = f"http://127.0.0.1:{silent.getsockname()[1]}/"
+        home.configure(mmc={"cloud": {"url": url, "timeout": 3600}})
+        server = home.start(threads=1)
+        with server.client() as client:
+            for _ in range(12):
+                with contextlib.suppress(httpx.ReadTimeout):
+                    client.put("/api/mmc/backend", json={"backend": "cloud"}, timeout=0.2)
+            assert client.get("/api/mmc/status").json()["available"] is False
+            assert (
+                "is being changed already"
+                in (client.put("/api/mmc/backend", json={"backend": "cloud"}).json()["error"])
+            )
+        assert home.call("stop_server").returncode == 0
+        wait_until(lambda: not server.alive())

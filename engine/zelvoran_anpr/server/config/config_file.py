@@ -6,7 +6,7 @@ from pathlib import Path
 from typing import Any
 
 from ...atomic_file import write_atomic
-from .options import OPTIONS, default_config, default_text
+from .options import SECTIONS, default_config, default_text
 from .paths import config_path, make_private_dir
 
 
@@ -51,7 +51,7 @@ def _sections(file: Path, document: Any) -> dict:
     from .yaml_values import plain
 
     config = plain(document)
-    for name in OPTIONS:
+    for name in SECTIONS:
         if name in config and config[name] is None:
             config[name] = {}
         if not isinstance(config.get(name, {}), dict):

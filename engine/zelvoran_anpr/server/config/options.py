@@ -1,40 +1,10 @@
-"""The table of every option of server_config.yaml: its default, its check and its one-line note."""
+"""Every option of server_config.yaml with its default, its check and its one-line note."""
 
-from collections.abc import Callable
-from typing import Any, NamedTuple
+from dataclasses import dataclass, fields
+from typing import Any
 
-Check = Callable[[Any], str | None]
-"""Takes a value; returns what it must be when the value is wrong, else None."""
-
-
-class Option(NamedTuple):
-    default: Any
-    check: Check
-    note: str
-
-
-def _whole(low: int, high: int) -> Check:
-    def check(value: Any) -> str | None:
-        fits = isinstance(value, int) and not isinstance(value, bool) and low <= value <= high
-        return None if fits else f"a whole number from {low} to {high}"
-
-    return check
-
-
-def _number(low: float, high: float) -> Check:
-    def check(value: Any) -> str | None:
-        number = isinstance(value, (int, float)) and not isinstance(value, bool)
-        return None if number and low <= value <= high else f"a number from {low:g} to {high:g}"
-
-    return check
-
-
-def _flag(value: Any) -> str | None:
-    return None if isinstance(value, bool) else "true or false"
-
-
-def _text(value: Any) -> str | None:
-    return None if isinstance(value, str) and value.strip() else "a text"
+from ...mmc.serve.settings import CloudSettings, LocalSettings
+from ...options import flag, number, option, text, texts, whole
 
 
 def _region(value: Any) -> str | None:
@@ -47,66 +17,69 @@ def _region(value: Any) -> str | None:
     return None
 
 
-def _texts(value: Any) -> str | None:
-    fits = isinstance(value, list) and all(isinstance(item, str) for item in value)
-    return None if fits else "a list of texts"
+@dataclass(frozen=True)
+class ServerOptions:
+    """The `server` section."""
+
+    host: str = option("127.0.0.1", text, "address to listen on; 0.0.0.0 for every network")
+    port: int = option(8000, whole(1, 65535), "port to listen on")
+    threads: int = option(4, whole(1, 256), "photos read at the same time")
+    backend: str = option("cpu", text, "cpu, cuda or directml")
+    detector_model: str = option("640p_fp32", text, "320p_fp32 or 640p_fp32")
+    ocr_model: str = option("fp32", text, "fp32 or int8")
+    region: str = option("univ", _region, "plates to expect: univ, euplus, na, korea, de, us, ...")
+    allowed_hosts: list[str] = option([], texts, "further names that clients reach this server by")
+    require_token: bool = option(False, flag, "ask programs on this machine for the token too")
 
 
-OPTIONS: dict[str, dict[str, Option]] = {
-    "server": {
-        "host": Option("127.0.0.1", _text, "address to listen on; 0.0.0.0 for every network"),
-        "port": Option(8000, _whole(1, 65535), "port to listen on"),
-        "threads": Option(4, _whole(1, 256), "photos read at the same time"),
-        "backend": Option("cpu", _text, "cpu, cuda or directml"),
-        "detector_model": Option("640p_fp32", _text, "320p_fp32 or 640p_fp32"),
-        "ocr_model": Option("fp32", _text, "fp32 or int8"),
-        "region": Option("univ", _region, "plates to expect: univ, euplus, na, korea, de, us, ..."),
-        "allowed_hosts": Option([], _texts, "further names that clients reach this server by"),
-        "require_token": Option(False, _flag, "ask programs on this machine for the token too"),
-    },
-    "mmc": {
-        "enabled": Option(True, _flag, "recognise make, model and colour on request"),
-        "backend": Option("cloud", _text, "cloud or local"),
-        "threads": Option(2, _whole(1, 64), "vehicles recognised at the same time"),
-    },
-    "limits": {
-        "body_mb": Option(20, _number(0.001, 4096), "largest upload, in MB"),
-        "uploads_mb": Option(200, _number(0.001, 65536), "all uploads at the same time, in MB"),
-        "megapixels": Option(50, _number(0.001, 1000), "largest photo"),
-        "queue": Option(32, _whole(0, 100000), "photos that may wait; more are answered with 429"),
-        "header_seconds": Option(10, _number(0.1, 3600), "for a client to send its request line"),
-        "body_seconds": Option(60, _number(0.1, 3600), "for a client to send its photo"),
-        "request_seconds": Option(
-            30, _number(0.1, 3600), "for reading one photo, waiting included"
-        ),
-        "mmc_seconds": Option(110, _number(0.1, 3600), "for a request with make, model and colour"),
-        "connections": Option(512, _whole(8, 100000), "clients connected at the same time"),
-        "start_seconds": Option(120, _number(1, 3600), "for a background server to become ready"),
-        "stop_seconds": Option(20, _number(0.1, 3600), "for requests under way when stopping"),
-        "log_mb": Option(10, _number(0.001, 10000), "size at which server.log is rotated"),
-        "log_files": Option(5, _whole(1, 100), "rotated logs that are kept"),
-    },
-}
+@dataclass(frozen=True)
+class MmcOptions:
+    """The `mmc` section, less those of its backends."""
+
+    enabled: bool = option(True, flag, "recognise make, model and colour on request")
+    backend: str = option("cloud", text, "cloud or local")
+    threads: int = option(2, whole(1, 64), "vehicles recognised at the same time")
+
+
+@dataclass(frozen=True)
+class Limits:
+    """The `limits` section; what ends in `_seconds` says how long."""
+
+    body_mb: float = option(20, number(0.001, 4096), "largest upload, in MB")
+    uploads_mb: float = option(200, number(0.001, 65536), "all uploads at the same time, in MB")
+    megapixels: float = option(50, number(0.001, 1000), "largest photo")
+    queue: int = option(32, whole(0, 100000), "photos that may wait; more are answered with 429")
+    header_seconds: float = option(10, number(0.1, 3600), "for a client to send its request line")
+    body_seconds: float = option(60, number(0.1, 3600), "for a client to send its photo")
+    request_seconds: float = option(
+        30, number(0.1, 3600), "for reading one photo, waiting included"
+    )
+    mmc_seconds: float = option(110, number(0.1, 3600), "for a request with make, model and colour")
+    connections: int = option(512, whole(8, 100000), "clients connected at the same time")
+    start_seconds: float = option(120, number(1, 3600), "for a background server to become ready")
+    stop_seconds: float = option(20, number(0.1, 3600), "for requests under way when stopping")
+    log_mb: float = option(10, number(0.001, 10000), "size at which server.log is rotated")
+    log_files: int = option(5, whole(1, 100), "rotated logs that are kept")
+
+
+SECTIONS: dict[str, type] = {"server": ServerOptions, "mmc": MmcOptions, "limits": Limits}
+BACKENDS: dict[str, type] = {"local": LocalSettings, "cloud": CloudSettings}
+"""The groups within the `mmc` section; they are checked when their backend starts."""
 
 
 def default_config() -> dict[str, dict[str, Any]]:
     """Return a fresh configuration that holds every option with its default."""
-    return {
-        section: {
-            key: list(option.default) if isinstance(option.default, list) else option.default
-            for key, option in options.items()
-        }
-        for section, options in OPTIONS.items()
-    }
+    return {name: vars(section()) for name, section in SECTIONS.items()}
 
 
 def default_text() -> str:
     """Return the defaults as a commented YAML text: what a first save starts from."""
     lines = ["# Zelvoran ANPR server. Every line may be left out; these are the defaults."]
-    for section, options in OPTIONS.items():
-        lines.append(f"{section}:")
-        for key, option in options.items():
-            lines.append(f"  {key}: {_yaml(option.default)}".ljust(32) + f"# {option.note}")
+    for name, section in SECTIONS.items():
+        lines.append(f"{name}:")
+        for item in fields(section):
+            value = getattr(section(), item.name)
+            lines.append(f"  {item.name}: {_yaml(value)}".ljust(32) + f"# {item.metadata['note']}")
     return "\n".join(lines) + "\n"
 
 

@@ -2,22 +2,23 @@
 
 import os
 from collections.abc import Mapping
-from types import SimpleNamespace
 from typing import Any, NamedTuple
 
+from ... import options
 from .config_file import ConfigError, load_config
-from .options import OPTIONS
+from .options import SECTIONS, Limits, MmcOptions, ServerOptions
 from .paths import config_path
+from .review import unknown_keys
 
 
 class Settings(NamedTuple):
-    """Each section holds every option of the table as an attribute."""
-
-    server: SimpleNamespace
-    mmc: SimpleNamespace
-    limits: SimpleNamespace
+    server: ServerOptions
+    mmc: MmcOptions
+    limits: Limits
     source: str | None
     """The configuration file that was named, as an absolute path, or None for the usual one."""
+    warnings: tuple[str, ...]
+    """A line for each thing in the configuration that is likely a mistake and means nothing."""
 
 
 def load_settings(path: str | None, named: Mapping[str, Any]) -> Settings:
@@ -27,23 +28,15 @@ def load_settings(path: str | None, named: Mapping[str, Any]) -> Settings:
     """
     file = path or config_path()
     config = load_config(path)
+    checked = {name: _section(str(file), name, config.get(name)) for name in SECTIONS}
     given = {key: value for key, value in named.items() if value is not None}
-    checked = {name: _section(str(file), name, config.get(name, {}), {}) for name in OPTIONS}
-    checked["server"] = _section("command line", "server", vars(checked["server"]), given)
-    source = os.path.abspath(path) if path else None
-    return Settings(**checked, source=source)
+    checked["server"] = _section("command line", "server", vars(checked["server"]) | given)
+    warnings = tuple(f"{file}: {line}" for line in unknown_keys(config))
+    return Settings(**checked, source=os.path.abspath(path) if path else None, warnings=warnings)
 
 
-def _section(
-    origin: str, name: str, config: Mapping[str, Any], named: Mapping[str, Any]
-) -> SimpleNamespace:
-    values = {}
-    for key, option in OPTIONS[name].items():
-        value = named.get(key, config.get(key))
-        if value is None:
-            value = option.default
-        expected = option.check(value)
-        if expected:
-            raise ConfigError(f"{origin}: {name}.{key} must be {expected}, not {value!r}")
-        values[key] = value
-    return SimpleNamespace(**values)
+def _section(origin: str, name: str, values: Any) -> Any:
+    try:
+        return options.read(SECTIONS[name], values, name)
+    except options.OptionError as error:
+        raise ConfigError(f"{origin}: {error}") from None

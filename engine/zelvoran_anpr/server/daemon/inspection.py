@@ -1,6 +1,7 @@
 """What runs, in which version, and the table that shows it."""
 
 import json
+import sys
 import time
 from collections.abc import Sequence
 from typing import Any
@@ -19,12 +20,27 @@ def find_servers() -> list[dict[str, Any]]:
 def status() -> dict[str, Any]:
     """Return {"running": False} or the description of the server that a user means.
 
-    Among several that is the one on the configured port, else the one on the lowest port.
+    Among several that is the one on the configured port, else the one on the lowest port. Its
+    `warnings`, which standard error tells as well, are about its configuration as it is now.
     """
     found = running_instances()
     if not found:
         return {"running": False, "pid": None, "url": None}
-    return {"running": True, **_describe(preferred(found))}
+    chosen = preferred(found)
+    warnings = _warnings(chosen.config_path)
+    for line in warnings:
+        print(f"Warning: {line}", file=sys.stderr)
+    return {"running": True, **_describe(chosen), "warnings": warnings}
+
+
+def _warnings(path: str | None) -> list[str]:
+    from ..config.config_file import ConfigError
+    from ..config.settings import load_settings
+
+    try:
+        return [*load_settings(path, {}).warnings]
+    except ConfigError as error:
+        return [str(error)]
 
 
 def preferred(found: Sequence[Instance]) -> Instance:

@@ -32,6 +32,8 @@ def start(options: StartOptions, detached: bool) -> None:
 
 def start_detached(settings: Settings) -> None:
     """Start a server process of its own and return once it answers that it is ready."""
+    for line in settings.warnings:
+        print(f"Warning: {line}", file=sys.stderr)
     url = base_url(settings.server.host, settings.server.port)
     print(f"Starting ANPR server on {url} ...", flush=True)
     log_start = _log_size()

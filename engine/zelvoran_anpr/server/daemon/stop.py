@@ -84,11 +84,11 @@ def _wait_gone(target: Instance, seconds: float) -> bool:
 
 def _patience(target: Instance) -> float:
     from ..config.config_file import ConfigError
-    from ..config.options import OPTIONS
+    from ..config.options import Limits
     from ..config.settings import load_settings
 
     try:
         seconds = load_settings(target.config_path, {}).limits.stop_seconds
     except ConfigError:
-        seconds = OPTIONS["limits"]["stop_seconds"].default
+        seconds = Limits().stop_seconds
     return seconds + _GRACE_SECONDS

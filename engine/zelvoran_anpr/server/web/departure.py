@@ -1,8 +1,8 @@
 """Gives up work whose client is gone."""
 
 import asyncio
-from collections.abc import Coroutine
-from typing import Any, TypeVar
+from collections.abc import Awaitable
+from typing import TypeVar
 
 from starlette.requests import Request
 
@@ -16,7 +16,7 @@ class ClientLeft(Exception):
     """For the log and the counters; nobody receives it."""
 
 
-async def unless_left(request: Request, work: Coroutine[Any, Any, Result]) -> Result:
+async def unless_left(request: Request, work: Awaitable[Result]) -> Result:
     """Return what `work` returns; cancel it and raise ClientLeft once the client is gone."""
     job = asyncio.ensure_future(work)
     departure = asyncio.ensure_future(_departure(request))

@@ -21,6 +21,7 @@ from .answers import (
     RegionName,
     Regions,
 )
+from .departure import unless_left
 from .state import ServiceState
 
 _SDK_VERSION = "v17"
@@ -71,7 +72,8 @@ async def mmc_status(request: Request) -> MmcStatus:
 async def change_mmc_backend(request: Request, wanted: BackendName) -> MmcChange:
     mmc = _state(request).mmc
     previous = mmc.name
-    problem = await asyncio.to_thread(mmc.change, wanted.backend.lower())
+    change = asyncio.wrap_future(mmc.change(wanted.backend.lower()))
+    problem = await unless_left(request, change)
     return MmcChange(
         success=problem is None, backend=mmc.name, previous_backend=previous, error=problem
     )
