@@ -3,13 +3,16 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace zv {
 
-// Throws Error with the OS text and the path.
+// Throws Error with the OS text and the path, and Interrupted for Ctrl+C while it waits.
 std::string read_file(const std::filesystem::path& path);
-// Creates or replaces; the data has reached the system when it returns. Throws Error.
-void write_file(const std::filesystem::path& path, const std::string& data);
+// Creates or replaces, all or nothing: the data is written beside the file, flushed to the disk and
+// moved over it. Mode, owner and links stay. What is no file of its own (a device, a pipe, a name
+// of several) is written in place. Throws Error with the OS text and the path, and Interrupted.
+void write_file(const std::filesystem::path& path, std::string_view data);
 // Absolute, with every link followed, also one whose target is not there yet: where a file of this
 // name would be written. Throws Error or std::filesystem::filesystem_error.
 std::filesystem::path resolved(const std::filesystem::path& path);

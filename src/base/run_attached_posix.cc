@@ -60,6 +60,7 @@ class SharedEnd {
   static_cast<void>(parent);
 #endif
   std::signal(SIGPIPE, SIG_DFL);
+  std::signal(SIGXFSZ, SIG_DFL);
   execvp(words[0], words);
   const int problem = errno;
   if (write(report, &problem, sizeof problem) < 0) _exit(126);

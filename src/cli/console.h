@@ -6,8 +6,8 @@
 
 namespace zv::cli {
 
-// POSIX: descriptors 0 to 2 are open (else the first file opened would become standard output) and
-// a reader that goes away is an error, not a signal. Windows: UTF-8.
+// POSIX: descriptors 0 to 2 are open (else the first file opened would become standard output), and
+// a reader that goes away and a file that may not grow are errors, not signals. Windows: UTF-8.
 void prepare_console();
 // The words of the command line as UTF-8 (POSIX: the bytes that were given).
 std::vector<std::string> command_line_words(int count, char** words);

@@ -10,6 +10,7 @@ namespace zv::cli {
 
 void prepare_console() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   for (int descriptor = 0; descriptor <= 2; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) != -1) continue;
     // Opened the wrong way round, so that using what the user closed still fails.

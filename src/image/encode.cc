@@ -50,13 +50,8 @@ Encoder encoder_for(const std::filesystem::path& path) {
 void encode_file(const Picture& picture, const std::filesystem::path& path) {
   const Encoder encoder = encoder_for(path);
   OutputFile file(path);
-  try {
-    encoder(picture, file);
-    file.finish();
-  } catch (...) {
-    file.discard();
-    throw;
-  }
+  encoder(picture, file);
+  file.finish();
 }
 
 }  // namespace zv::image

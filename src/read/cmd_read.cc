@@ -21,14 +21,20 @@ namespace fs = std::filesystem;
 class Reading {
  public:
   Reading(const Args& args, Session& session, std::vector<fs::path> files)
-      : args_(args), out_(session.out), reader_(session.engine), files_(std::move(files)) {}
+      : args_(args),
+        out_(session.out),
+        err_(session.err),
+        reader_(session.engine),
+        files_(std::move(files)) {}
 
   void run() {
     out_ << "Processing " << files_.size() << " images | " << args_.text("detector_model") << "/"
          << args_.text("ocr_model") << " | Conf: " << args_.text("confidence") << "\n";
     for (const fs::path& file : files_) read_guarded(file);
+    check_interrupt();
     const std::string json = args_.text("json");
     if (!json.empty()) export_json(json);
+    check_interrupt();
     out_ << "\nTotal: " << plates_.size() << " plates from " << files_.size() << " images\n";
   }
 
@@ -84,15 +90,17 @@ class Reading {
   void export_json(const std::string& json) {
     try {
       const fs::path target = resolved(json);
-      write_file(target, json_indented(plates_));
+      write_file(json, json_indented(plates_));  // by its own name, as a pipe has no other
       out_ << "\nResults saved to: " << target.string() << "\n";
-    } catch (const std::exception&) {
+    } catch (const std::exception& error) {
+      err_ << "zv-anpr: " << error.what() << "\n";
       out_ << "\nError: Failed to save JSON results\n";
     }
   }
 
   const Args& args_;
   std::ostream& out_;
+  std::ostream& err_;
   ImageReader reader_;
   std::vector<fs::path> files_;
   List plates_;

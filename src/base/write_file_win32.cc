@@ -1,0 +1,30 @@
+#include <cerrno>
+#include <fstream>
+
+#include "base/error.h"
+#include "base/files.h"
+
+namespace zv {
+
+void write_file(const std::filesystem::path& path, std::string_view data) {
+  const auto fail = [&](int problem) { throw Error(os_error_text(problem, path.string())); };
+  std::error_code error;
+  const auto target = std::filesystem::exists(path, error) ? resolved(path) : path;
+  const bool replaceable = !std::filesystem::exists(target, error) ||
+                           (std::filesystem::is_regular_file(target, error) &&
+                            std::filesystem::hard_link_count(target, error) == 1);
+  auto fresh = target;
+  if (replaceable) fresh += ".tmp";
+  errno = 0;
+  std::ofstream file(fresh, std::ios::binary | std::ios::trunc);
+  if (!file) fail(errno != 0 ? errno : EIO);
+  file.write(data.data(), static_cast<std::streamsize>(data.size()));
+  file.close();
+  const int problem = file ? 0 : errno != 0 ? errno : EIO;
+  if (problem == 0 && replaceable) std::filesystem::rename(fresh, target, error);
+  if (problem == 0 && !error) return;
+  if (replaceable) std::filesystem::remove(fresh, error);
+  fail(problem != 0 ? problem : EACCES);
+}
+
+}  // namespace zv
