@@ -2,10 +2,10 @@
 
 Pattern signs: L letter, D digit, N digit but 0, X letter or digit, P Chinese province, S Chinese
 special ending, U Korean usage, R Korean place, V the same piled up, K kana, J Japanese place, d and
-p Arabic and Persian digits, whose text is Western. Not of the text: a Arabic letter, e Arabic digit,
-t Thai letter, w one of `words`. Digits and other scripts as they are, `\\` before a letter that
-stands as it is; space, - dash, . dot, * seal or emblem, @ a broad one, ! line, | line (what follows
-is smaller), / next row.
+p Arabic and Persian digits, whose text is Western. Not of the text: a Arabic letter, e Arabic
+digit, t Thai letter, w one of `words`. Digits and other scripts as they are, `\\` before a letter
+that stands as it is; space, - dash, . dot, * seal or emblem, @ a broad one, ! line, | line (what
+follows is smaller), / next row.
 """
 
 from dataclasses import dataclass
