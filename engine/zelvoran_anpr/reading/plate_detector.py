@@ -18,6 +18,12 @@ _LEAST_WITNESS = 0.1  # score of a find that may still say where a plate's corne
 _SAME = 0.4  # intersection over union from which two boxes are one plate
 _SAME_CORNERS = 0.6  # intersection over union from which finds tell the corners together
 _MOST = 300  # points looked at
+_OVERVIEW = 0.35  # size of the look at large plates, as share of the usual one
+_LARGE = (
+    0.3  # width of a plate that only the overview sees whole, as share of the photo's longer side
+)
+_INSIDE = 0.7  # shared part of a find from which it is a part of a large one
+_SURER = 1.8  # how much surer than the large one a part must be to stand for itself
 
 
 class PlateDetector:
@@ -34,9 +40,12 @@ class PlateDetector:
     def detect(self, image: np.ndarray) -> list[PlateBox]:
         """Return plates on an H x W x 3 uint8 RGB array, the surest first.
 
-        Where none is found, the photo may show little but the plate: a smaller look tells.
+        Two looks: one in which small plates are large enough, and an overview in which plates that
+        fill the photo are small enough to be seen whole.
         """
-        return self._look(image, self._longest) or self._look(image, self._longest // 2)
+        overview = self._look(image, round(self._longest * _OVERVIEW))
+        large = [box for box in overview if quads.size(box.corners)[0] > _LARGE * max(image.shape)]
+        return merged(self._look(image, self._longest), large)
 
     def _look(self, image: np.ndarray, longest: int) -> list[PlateBox]:
         field, scale = fitted(image, longest)
@@ -55,6 +64,23 @@ def fitted(image: np.ndarray, longest: int) -> tuple[np.ndarray, float]:
     field = np.full((1, rows, columns, 3), _GREY, np.uint8)
     field[0, : small.shape[0], : small.shape[1]] = small
     return field, scale
+
+
+def merged(finds: list[PlateBox], large: list[PlateBox]) -> list[PlateBox]:
+    """Return large plates and the finds that are no parts of them, the surest first."""
+    kept = [box for box in finds if not any(_is_part(box, whole) for whole in large)]
+    whole = [box for box in large if not any(_same(box, find) for find in kept)]
+    return sorted(kept + whole, key=lambda box: -box.confidence)
+
+
+def _is_part(box: PlateBox, whole: PlateBox) -> bool:
+    inner, outer = quads.bounds(box.corners), quads.bounds(whole.corners)
+    inside = quads.overlap_area(inner, outer) > _INSIDE * quads.box_area(inner)
+    return inside and box.confidence < _SURER * whole.confidence
+
+
+def _same(one: PlateBox, other: PlateBox) -> bool:
+    return quads.iou(quads.bounds(one.corners), quads.bounds(other.corners)) > _SAME
 
 
 def plates(scores: np.ndarray, boxes: np.ndarray, corners: np.ndarray) -> list[PlateBox]:

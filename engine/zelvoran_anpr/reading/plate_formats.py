@@ -5,6 +5,8 @@ Countries with many formats in use (Germany's districts, the states of the US) a
 a format that is missing here would mislead more than none.
 """
 
+from dataclasses import replace
+
 from .plate_text import PlateText
 
 FORMATS: dict[str, tuple[str, ...]] = {
@@ -72,6 +74,11 @@ def matches_format(text: str, region: str) -> bool:
     return any(_fits(text, form) for form in FORMATS.get(region, ()))
 
 
+def countries_of(text: str) -> tuple[str, ...]:
+    """Return the codes of the countries that have a listed format like the text's."""
+    return tuple(code for code, forms in FORMATS.items() if any(_fits(text, f) for f in forms))
+
+
 def fit_to_format(read: PlateText, region: str) -> PlateText:
     """Write O or 0 and I or 1 as the region's format demands that takes the fewest changes.
 
@@ -84,7 +91,7 @@ def fit_to_format(read: PlateText, region: str) -> PlateText:
     nearest = sorted(fitted, key=lambda text: _differences(text, read.text))
     if not nearest or (len(nearest) > 1 and _ties(nearest, read.text)):
         return read
-    return PlateText(nearest[0], read.confidences)
+    return replace(read, text=nearest[0])
 
 
 def _ties(nearest: list[str], read: str) -> bool:

@@ -6,14 +6,14 @@ from .plate_formats import knows_formats, matches_format
 from .plate_text import PlateText
 
 _LENGTHS = (3, 12)  # characters of a plate
-_MIN_CONFIDENCE = 0.2  # of the least certain character
+_MIN_LEGIBILITY = 0.2  # of all characters but the least certain
 _AGAINST_FORMAT = 0.7
 _DATE = re.compile(r"(19|20)\d\d(0[1-9]|1[0-2])(0[1-9]|[12]\d|3[01])")
 
 
 def plausibility(text: PlateText, region: str) -> float:
     """Return 0 (no plate) to 1 (could well be one of the region)."""
-    if not _LENGTHS[0] <= len(text.text) <= _LENGTHS[1] or text.confidence < _MIN_CONFIDENCE:
+    if not _LENGTHS[0] <= len(text.text) <= _LENGTHS[1] or text.legibility < _MIN_LEGIBILITY:
         return 0.0
     if matches_format(text.text, region):
         return 1.0

@@ -4,8 +4,7 @@ The file takes N x 64 x 192 x 3 uint8 RGB and gives per cell of its line the pro
 alphabet, class 0 being the gap between characters; `training/reader/export.py` writes it.
 """
 
-from collections import defaultdict
-from math import prod
+from dataclasses import replace
 
 import numpy as np
 
@@ -13,20 +12,19 @@ from . import quads
 from .model_registry import find_reader, model_path
 from .plate_box import PlateBox
 from .plate_formats import fit_to_format
-from .plate_scripts import allowed, is_of_one_country
+from .plate_scripts import allowed, as_written, is_of_one_country
 from .plate_text import PlateText
 from .straighten import straighten
+from .voting import SHORTEST, elected, text_of
 
 HEIGHT, WIDTH = 64, 192  # pixels of the network's input
-_GAP = 0
 # Looks at a plate: shares of its width and height around the corners. Training shows all of them;
 # each fails on other plates, so the readings vote.
 _FIRST_MARGIN = (0.02, 0.035)  # the middle of what training shows
-_MARGINS = (_FIRST_MARGIN, (0.05, 0.0), (0.0, 0.1), (0.05, 0.1), (0.0, 0.0))
+_MORE_MARGINS = ((0.05, 0.0), (0.0, 0.1), (0.05, 0.1), (0.0, 0.0))
 _SURE = 0.95  # confidence from which the first look is enough
-_DOUBTFUL = 0.5  # detector's confidence below which an empty first look is enough
-_NOTHING = 0.3  # weight of a look that sees no plate
 _LATIN_ONLY = "eup"
+_NO_GROUPS = ""  # metadata of a reader that does not tell groups
 
 
 class PlateReader:
@@ -38,23 +36,27 @@ class PlateReader:
         file = find_reader(model)
         check_backend(backend)
         self._session = open_session(model_path(file), backend)
-        self._characters = self._session.get_modelmeta().custom_metadata_map["characters"]
+        about = self._session.get_modelmeta().custom_metadata_map
+        self._characters = about["characters"]
+        self._groups = tuple(filter(None, about.get("regions", _NO_GROUPS).split(",")))
 
     def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
         """Return the plate's text without separators; empty where no plate is."""
-        cells = self._look(image, box, _FIRST_MARGIN)
+        cells, groups = self._look(image, box, _FIRST_MARGIN)
         text = self._text(cells, region)
-        if text.confidence < _SURE and (text.text or box.confidence >= _DOUBTFUL):
-            cells = self._look(image, box, *_MARGINS)
+        if len(text.text) >= SHORTEST and text.confidence < _SURE:
+            more, _ = self._look(image, box, *_MORE_MARGINS)
+            cells = np.concatenate([cells, more])
             text = self._text(cells, region)
         if not is_of_one_country(text.text):
             text = self._text(cells, _LATIN_ONLY)
-        return fit_to_format(text, region)
+        told = dict(zip(self._groups, map(float, groups[0]), strict=True))
+        return replace(as_written(fit_to_format(text, region), region), groups=told)
 
-    def _look(self, image: np.ndarray, box: PlateBox, *margins: tuple) -> np.ndarray:
-        """Return the cells' probabilities: looks x cells x classes."""
+    def _look(self, image: np.ndarray, box: PlateBox, *margins: tuple) -> list[np.ndarray]:
+        """Return looks x cells x classes and looks x groups probabilities."""
         looks = [plate_picture(image, with_margin(box.corners, *m)) for m in margins]
-        return self._session.run(["characters"], {"picture": np.stack(looks)})[0]
+        return self._session.run(["characters", "region"], {"picture": np.stack(looks)})
 
     def _text(self, cells: np.ndarray, region: str) -> PlateText:
         possible = cells * allowed(self._characters, region)
@@ -77,32 +79,3 @@ def plate_picture(image: np.ndarray, quad: np.ndarray) -> np.ndarray:
     large = straighten(image, quad, HEIGHT * factor, WIDTH * factor)
     blocks = large.reshape(HEIGHT, factor, WIDTH, factor, 3)
     return blocks.mean(axis=(1, 3)).round().astype(np.uint8)
-
-
-def text_of(cells: np.ndarray, characters: str) -> PlateText:
-    """Return the text of cells x classes probabilities.
-
-    Neighbouring cells of one class are one character, as sure as the surest of them.
-    """
-    best = cells.argmax(axis=1)
-    starts = np.flatnonzero(np.diff(best, prepend=-1))
-    runs = zip(starts, [*starts[1:], len(best)], strict=True)
-    kept = [(start, end) for start, end in runs if best[start] != _GAP]
-    text = "".join(characters[best[start] - 1] for start, _ in kept)
-    sure = tuple(float(cells[start:end, best[start]].max()) for start, end in kept)
-    return PlateText(text, sure)
-
-
-def elected(readings: list[PlateText]) -> PlateText:
-    """Return the reading with most weight, less sure by the root of the share that agrees."""
-    votes: dict[str, list[PlateText]] = defaultdict(list)
-    for reading in readings:
-        votes[reading.text].append(reading)
-    agreeing = max(votes.values(), key=lambda same: sum(map(_weight, same)))
-    share = (len(agreeing) / len(readings)) ** 0.5
-    sure = np.mean([reading.confidences for reading in agreeing], axis=0) * share
-    return PlateText(agreeing[0].text, tuple(map(float, sure)) if agreeing[0].text else ())
-
-
-def _weight(reading: PlateText) -> float:
-    return prod(reading.confidences) if reading.text else _NOTHING

@@ -1,18 +1,24 @@
 """Which scripts a region's plates show, and whether a text makes sense in the one it shows."""
 
 import re
+from dataclasses import replace
 from functools import lru_cache
 
 import numpy as np
 
 from ..region_aliases import region_group
+from .plate_text import PlateText
 
 _OF_GROUPS = {"kr": {"hangul"}, "cn": {"han"}, "jp": {"han", "kana"}}
 _ASIAN = re.compile(
     r"[\u4e00-\u9fff][A-Z]([A-Z0-9]{5,6}|[A-Z0-9]{3,4}[使领警学港澳挂])"  # China
     r"|([\uac00-\ud7a3]{2})?\d{1,3}[\uac00-\ud7a3]\d{4}"  # Korea
     r"|[\u3040-\u30ff\u4e00-\u9fff]{1,4}[0-9A-Z]{2,3}[\u3040-\u30ff]\d{1,4}"  # Japan
+    r"|[\u3040-\u30ff]\d{1,4}"  # Japan, the upper row too small to read
 )
+_CHINESE = re.compile(r"[\u4e00-\u9fff][A-Z]\w{5,6}")
+_NO_CHINESE_LETTERS = {"O": "0", "I": "1"}  # Chinese plates leave them out
+_UNSURE = 0.49
 
 
 @lru_cache(maxsize=32)
@@ -23,8 +29,12 @@ def allowed(characters: str, region: str) -> np.ndarray:
     """
     scripts = [_script(c) for c in characters]
     everywhere = region == "univ"
-    own = set(scripts) if everywhere else _OF_GROUPS.get(region_group(region), set())
-    kept = np.array([1, *(s == "latin" or s in own for s in scripts)], np.float32)
+    group = region_group(region)
+    own = set(scripts) if everywhere else _OF_GROUPS.get(group, set())
+    left_out = _NO_CHINESE_LETTERS if group == "cn" else {}
+    shown = (s == "latin" or s in own for s in scripts)
+    kept = np.array([1, *(s and c not in left_out for s, c in zip(shown, characters, strict=True))])
+    kept = kept.astype(np.float32)
     kept.setflags(write=False)  # all readings share it
     return kept
 
@@ -32,6 +42,19 @@ def allowed(characters: str, region: str) -> np.ndarray:
 def is_of_one_country(text: str) -> bool:
     """Tell whether a text is Latin, or built as the plates of the country whose script it shows."""
     return text.isascii() or bool(_ASIAN.fullmatch(text))
+
+
+def as_written(read: PlateText, region: str) -> PlateText:
+    """Return a text as its country writes it, unsure where its country says that a part is missing.
+
+    Chinese serials have no O and no I, and a Chinese plate begins with its province.
+    """
+    if _CHINESE.fullmatch(read.text):
+        serial = "".join(_NO_CHINESE_LETTERS.get(c, c) for c in read.text[2:])
+        return replace(read, text=read.text[:2] + serial)
+    if region_group(region) == "cn" and read.text.isascii():
+        return read.at_most(_UNSURE)
+    return read
 
 
 def _script(character: str) -> str:

@@ -2,7 +2,7 @@
 
 import numpy as np
 import pytest
-from zelvoran_anpr.reading import plate_detector, plate_reader
+from zelvoran_anpr.reading import plate_detector, plate_reader, voting
 from zelvoran_anpr.reading.plate_box import PlateBox
 from zelvoran_anpr.reading.plate_text import PlateText
 
@@ -84,16 +84,16 @@ def _cells(line: str, sure: dict[int, float]) -> np.ndarray:
     [("_AA__1_BB", "A1B"), ("A_A", "AA"), ("A1", "A1"), ("11_11", "11"), ("__", "")],
 )
 def test_equal_neighbours_become_one_character(line, text):
-    assert plate_reader.text_of(_cells(line, {}), "AB12").text == text
+    assert voting.text_of(_cells(line, {}), "AB12").text == text
 
 
 def test_a_character_is_as_sure_as_its_surest_cell():
-    text = plate_reader.text_of(_cells("AA_11", {0: 0.6, 1: 0.9, 2: 0.7, 3: 0.8, 4: 0.7}), "AB12")
+    text = voting.text_of(_cells("AA_11", {0: 0.6, 1: 0.9, 2: 0.7, 3: 0.8, 4: 0.7}), "AB12")
     assert (text.text, text.confidences, text.confidence) == ("A1", (0.9, 0.8), 0.8)
 
 
 def test_no_text_has_no_confidence():
-    text = plate_reader.text_of(_cells("____", {}), "AB12")
+    text = voting.text_of(_cells("____", {}), "AB12")
     assert (text.text, text.confidences, text.confidence) == ("", (), 0.0)
 
 
@@ -102,14 +102,22 @@ def _text(text: str, sure: float) -> PlateText:
 
 
 def test_the_heavier_reading_is_elected_and_what_is_not_confirmed_is_less_sure():
-    agreed = plate_reader.elected([_text("AB1", 0.9), _text("AB7", 0.95), _text("AB1", 0.6)])
+    agreed = voting.elected([_text("AB1", 0.9), _text("AB7", 0.95), _text("AB1", 0.6)])
     assert agreed.text == "AB1"
     assert agreed.confidences == pytest.approx([0.75 * (2 / 3) ** 0.5] * 3)
-    assert plate_reader.elected([_text("AB1", 0.9)] * 3).confidence == pytest.approx(0.9)
+    assert voting.elected([_text("AB1", 0.9)] * 3).confidence == pytest.approx(0.9)
 
 
 def test_one_faint_reading_does_not_outvote_two_looks_that_see_nothing():
-    assert plate_reader.elected([_text("", 0), _text("ABC", 0.7), _text("", 0)]) == _text("", 0)
+    assert voting.elected([_text("", 0), _text("ABC", 0.7), _text("", 0)]) == _text("", 0)
+
+
+def test_what_one_look_reads_is_not_outvoted_by_nothing():
+    voted = voting.elected([_text("GWAGEN", 0.95), *[_text("", 0)] * 4])
+    assert voted.text == "GWAGEN"
+    assert voted.confidence == pytest.approx(0.95 * 0.2**0.5)
+    assert [text for text, _ in voted.candidates] == ["GWAGEN", ""]
+    assert sum(share for _, share in voted.candidates) == pytest.approx(1)
 
 
 class _Looks:
@@ -120,18 +128,22 @@ class _Looks:
 
     def run(self, _, pictures: dict) -> list[np.ndarray]:
         self.asked.append(len(pictures["picture"]))
-        return [np.stack([self.cells] * self.asked[-1])]
+        return [np.stack([self.cells] * self.asked[-1]), np.array([[0.8, 0.2]] * self.asked[-1])]
+
+
+def _reader(characters: str, cells: np.ndarray) -> plate_reader.PlateReader:
+    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
+    reader._characters, reader._groups, reader._session = characters, ("eup", "na"), _Looks(cells)
+    return reader
 
 
 @pytest.mark.parametrize(
     ("line", "sure", "found", "asked"),
-    [("A1_", 0.99, 0.4, [1]), ("A1_", 0.9, 0.4, [1, 5]), ("___", 1, 0.6, [1, 5]),
-     ("___", 1, 0.4, [1])],
+    [("A1B", 0.99, 0.4, [1]), ("A1B", 0.9, 0.4, [1, 4]), ("A1_", 0.9, 0.9, [1]),
+     ("___", 1, 0.9, [1])],
 )  # fmt: skip
 def test_more_looks_are_taken_where_the_first_leaves_doubt(line, sure, found, asked):
-    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
-    reader._characters = "AB12"
-    reader._session = _Looks(_cells(line, {0: sure}))
+    reader = _reader("AB12", _cells(line, {0: sure}))
     photo = np.zeros((50, 120, 3), np.uint8)
     box = PlateBox(np.array(_quad(5, 5, 105, 35), float), found)
     assert reader.read(photo, box, "univ").text == line.strip("_")
@@ -139,26 +151,45 @@ def test_more_looks_are_taken_where_the_first_leaves_doubt(line, sure, found, as
 
 
 def test_a_text_that_mixes_scripts_as_no_country_does_is_read_as_latin():
-    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
-    reader._characters = "AB1京"
     cells = np.array([[0, 0, 0, 0.97, 0.03], [0, 0.02, 0, 0, 0.98], [0, 0, 0.99, 0, 0]])
-    reader._session = _Looks(cells)
+    reader = _reader("AB1京", cells)
     box = PlateBox(np.array(_quad(5, 5, 105, 35), float), 0.9)
     assert reader.read(np.zeros((50, 120, 3), np.uint8), box, "univ").text == "1AB"
 
 
-def test_a_photo_on_which_nothing_is_found_is_looked_at_once_more_smaller():
+def _detector(*answers: tuple[float, tuple]) -> tuple[plate_detector.PlateDetector, list]:
+    """Return a detector whose looks see one quad each, with a score, and its inputs' shapes."""
     asked = []
 
     class Session:
         def run(self, _, inputs: dict) -> list[np.ndarray]:
+            score, bounds = answers[len(asked)]
             asked.append(inputs["picture"].shape)
-            quad = np.array(_quad(10, 10, 110, 40), np.float32).reshape(1, 1, 8)
-            score = 0.9 if len(asked) == 2 else 0.1
-            return [np.array([[score]]), np.array([[[10, 10, 110, 40.0]]]), quad]
+            quad = np.array(_quad(*bounds), np.float32).reshape(1, 1, 8)
+            return [np.array([[score]]), np.array([[[*bounds]]], np.float32), quad]
 
     detector = plate_detector.PlateDetector.__new__(plate_detector.PlateDetector)
     detector._session, detector._longest = Session(), 640
-    [found] = detector.detect(np.zeros((720, 1280, 3), np.uint8))
-    assert asked == [(1, 384, 640, 3), (1, 192, 320, 3)]
-    assert found.corners == pytest.approx(np.array(_quad(40, 40, 440, 160)))
+    return detector, asked
+
+
+def _lefts(detector: plate_detector.PlateDetector) -> list[float]:
+    found = detector.detect(np.zeros((720, 1280, 3), np.uint8))
+    return [round(float(box.corners[0][0])) for box in found]
+
+
+def test_an_overview_finds_the_plate_that_fills_the_photo():
+    large, part = (0.8, (20, 30, 200, 80)), (0.7, (100, 120, 300, 200))
+    detector, asked = _detector(large, part)
+    assert _lefts(detector) == [round(20 * 1280 / 224)]
+    assert asked == [(1, 128, 224, 3), (1, 384, 640, 3)]
+
+
+def test_what_is_much_surer_than_the_overview_stands_for_itself():
+    detector, _ = _detector((0.4, (20, 30, 200, 80)), (0.9, (100, 120, 300, 200)))
+    assert _lefts(detector) == [200, round(20 * 1280 / 224)]
+
+
+def test_the_overview_tells_nothing_of_small_plates():
+    detector, _ = _detector((0.9, (20, 30, 60, 40)), (0.1, (0, 0, 5, 5)))
+    assert _lefts(detector) == []

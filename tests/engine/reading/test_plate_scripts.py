@@ -2,8 +2,10 @@
 
 import numpy as np
 import pytest
-from zelvoran_anpr.reading.plate_reader import text_of
+from zelvoran_anpr.reading import plate_scripts
 from zelvoran_anpr.reading.plate_scripts import allowed, is_of_one_country
+from zelvoran_anpr.reading.plate_text import PlateText
+from zelvoran_anpr.reading.voting import text_of
 
 
 @pytest.mark.parametrize(
@@ -35,3 +37,26 @@ def test_texts_of_one_country(text):
 @pytest.mark.parametrize("text", ["沪WSG979가", "4B2공1875", "津K40M3L가", "琼", "新12345", "가가"])
 def test_scripts_in_places_where_no_country_has_them(text):
     assert not is_of_one_country(text)
+
+
+@pytest.mark.parametrize(
+    ("read", "written"), [("皖AIO234", "皖A10234"), ("皖A12345", "皖A12345"), ("IO1234", "IO1234")]
+)
+def test_chinese_serials_have_neither_o_nor_i(read, written):
+    text = plate_scripts.as_written(PlateText(read, (0.9,) * len(read)), "univ")
+    assert (text.text, text.confidence) == (written, 0.9)
+
+
+def test_a_chinese_plate_without_its_province_is_never_sure():
+    text = PlateText("A12345", (0.9,) * 6)
+    assert plate_scripts.as_written(text, "cn").confidence < 0.5
+    assert plate_scripts.as_written(text, "univ").confidence == 0.9
+
+
+def test_china_strikes_out_o_and_i():
+    assert plate_scripts.allowed("AIO0", "cn").tolist() == [1, 1, 0, 0, 1]
+    assert plate_scripts.allowed("AIO0", "univ").tolist() == [1, 1, 1, 1, 1]
+
+
+def test_a_japanese_plate_whose_upper_row_is_unread_is_one_of_japan():
+    assert plate_scripts.is_of_one_country("さ1234")
