@@ -19,18 +19,20 @@ from training.scene.crop import HEIGHT, WIDTH  # noqa: E402
 def test_the_engine_finds_and_reads_with_random_weights(tmp_path, monkeypatch):
     monkeypatch.setattr(model_registry, "_FOLDER", tmp_path)
     monkeypatch.setattr(plate_detector, "_LEAST_SCORE", 0.0)
+    monkeypatch.setattr(plate_detector, "_LEAST_HINT", 0.0)
     monkeypatch.setattr(plate_detector, "_LEAST_WITNESS", 0.0)
+    monkeypatch.setattr(plate_detector, "_CONFIRMED", 0.0)
     torch.manual_seed(1)
     detector_file = detector_export.export(Detector(0.5).eval(), tmp_path)
     pictures = np.zeros((4, HEIGHT, WIDTH, 3), np.uint8)
     reader_files = reader_export.export(Reader(32).eval(), 1.0, pictures, tmp_path)
     photo = np.random.default_rng(1).integers(0, 255, (180, 320, 3), dtype=np.uint8)
-    detector = plate_detector.PlateDetector("320p_fp32", "cpu")
+    detector = plate_detector.PlateDetector.named("320p_fp32", "cpu")
     found = detector.detect(photo)
     assert found and all(0 <= plate.confidence <= 1 for plate in found)
     assert [file.name for file in (detector_file, *reader_files)] == [
         model_registry.find_detector("640p_fp32").file, *model_registry.READERS.values()
     ]  # fmt: skip
     for name in model_registry.READERS:
-        text = plate_reader.PlateReader(name, "cpu").read(photo, found[0], "univ")
+        text = plate_reader.PlateReader.named(name, "cpu").read(photo, found[0], "univ")
         assert len(text.text) == len(text.confidences)

@@ -7,15 +7,15 @@ torch = pytest.importorskip("torch")
 pytest.importorskip("onnxruntime")
 pytest.importorskip("onnx")
 
+from zelvoran_anpr.reading.runtime_session import open_session  # noqa: E402
+
 from training import alphabet  # noqa: E402
 from training.detector import export as detector_export  # noqa: E402
 from training.detector.loss import assign, loss, overlap  # noqa: E402
 from training.detector.network import OUTPUTS, Detector  # noqa: E402
 from training.detector.points import boxes, grid  # noqa: E402
-from training.detector.predict import ExportedDetector  # noqa: E402
 from training.reader import export as reader_export  # noqa: E402
 from training.reader.network import CELLS, Reader  # noqa: E402
-from training.reader.predict import ExportedReader  # noqa: E402
 from training.reader.shift import varied  # noqa: E402
 from training.reader.train import _exact  # noqa: E402
 from training.reader.train import loss as reader_loss  # noqa: E402
@@ -90,13 +90,14 @@ def test_the_detector_learns_one_picture():
 
 
 def test_an_exported_detector_takes_photos_of_any_shape(tmp_path):
-    from PIL import Image
-
     path = detector_export.export(Detector(0.5).eval(), tmp_path)
     assert path.stat().st_size < 3.5e6
-    for size in ((300, 200), (200, 300)):
-        found = ExportedDetector(path, 160).find(Image.new("RGB", size), least=0.0)
-        assert found and found[0].corners.shape == (4, 2)
+    session = open_session(str(path), "cpu")
+    for shape in ((1, 96, 160, 3), (3, 160, 128, 3)):
+        scores, found, at = session.run(None, {"picture": np.zeros(shape, np.uint8)})
+        points = sum(shape[1] // stride * (shape[2] // stride) for stride in (8, 16, 32))
+        assert scores.shape == (shape[0], points)
+        assert (found.shape, at.shape) == ((*scores.shape, 4), (*scores.shape, 8))
 
 
 def test_exported_readers_answer_alike_and_int8_is_smaller(tmp_path):
@@ -107,10 +108,8 @@ def test_exported_readers_answer_alike_and_int8_is_smaller(tmp_path):
     with torch.inference_mode():
         wanted = network(torch.from_numpy(pictures))[0].softmax(2).numpy()
     for path, within in ((plain, 1e-4), (small, 0.05)):
-        model = ExportedReader(path)
-        found = model._session.run(None, {"picture": pictures})[0]
+        found = open_session(str(path), "cpu").run(None, {"picture": pictures})[0]
         assert np.abs(found - wanted).max() < within
-        assert len(model.read(pictures)) == 8
 
 
 def test_the_share_of_exact_texts_collapses_runs_and_leaves_gaps_out():

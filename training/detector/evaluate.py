@@ -1,6 +1,6 @@
-"""Measures an exported detector: recall on labelled photos, false plates on photos without.
+"""Measures an exported detector in the engine: recall on labelled photos, finds on others.
 
-    python -m training.detector.evaluate --model detector_640p_fp32.onnx --longest 640 \\
+    python -m training.detector.evaluate --model detector_fp32.onnx --longest 640 \\
         --photos FOLDER --plain FOLDER
 
 Each photo of FOLDER/plates.csv (file,x,y,width,height,text) has one labelled plate. Photos of
@@ -14,9 +14,11 @@ from pathlib import Path
 
 import numpy as np
 from PIL import Image, ImageOps
+from zelvoran_anpr.reading import quads
+from zelvoran_anpr.reading.plate_detector import PlateDetector
+from zelvoran_anpr.reading.runtime_session import open_session
 
 from .photos import erase, known_plates, without_plates
-from .predict import ExportedDetector, iou
 
 _HIT = 0.4  # intersection over union
 
@@ -30,18 +32,23 @@ def labelled(folder: Path):
             yield row["file"].split("/")[0], photo, np.array([x, y, x + wide, y + high])
 
 
-def recall(model: ExportedDetector, folder: Path, least: float) -> dict[str, tuple[float, float]]:
+def finds(model: PlateDetector, photo: Image.Image, least: float) -> list:
+    """Return the plates that the engine's detector is at least so sure of."""
+    return [box for box in model.detect(np.asarray(photo)) if box.confidence >= least]
+
+
+def recall(model: PlateDetector, folder: Path, least: float) -> dict[str, tuple[float, float]]:
     """Return per set the share of plates found, and the further finds per photo."""
     hits, others = defaultdict(list), defaultdict(list)
     for subset, photo, box in labelled(folder):
-        found = model.find(photo, least)
-        right = [iou(f.box, box) > _HIT for f in found]
+        found = finds(model, photo, least)
+        right = [quads.iou(quads.bounds(f.corners), tuple(box)) > _HIT for f in found]
         hits[subset].append(any(right))
         others[subset].append(len(right) - any(right))
     return {s: (float(np.mean(hits[s])), float(np.mean(others[s]))) for s in hits}
 
 
-def false_finds(model: ExportedDetector, photos: list, least: float) -> float:
+def false_finds(model: PlateDetector, photos: list, least: float) -> float:
     """Return finds per photo where none should be."""
     counts = []
     for photo in photos:
@@ -49,7 +56,7 @@ def false_finds(model: ExportedDetector, photos: list, least: float) -> float:
         for left, top, right, bottom in photo.boxes:
             dx, dy = 0.2 * (right - left), 0.3 * (bottom - top)
             erase(picture, np.array([left - dx, top - dy, right + dx, bottom + dy]))
-        counts.append(len(model.find(picture, least)))
+        counts.append(len(finds(model, picture, least)))
     return float(np.mean(counts))
 
 
@@ -62,7 +69,7 @@ def main() -> None:
     parser.add_argument("--known", type=Path)
     parser.add_argument("--least", type=float, nargs="+", default=[0.2, 0.3, 0.4, 0.5])
     args = parser.parse_args()
-    model = ExportedDetector(args.model, args.longest)
+    model = PlateDetector(open_session(str(args.model), "cpu"), args.longest)
     plain = without_plates(args.plain) if args.plain else []
     plain += known_plates(args.known) if args.known else []
     for least in args.least:

@@ -2,8 +2,8 @@
 
     python -m training.detector.export --run runs/detector --out models
 
-Input "picture": 1 x H x W x 3 uint8 RGB, sides multiples of 32. Outputs for P points, in pixels of
-the input: "scores" 1 x P (0..1), "boxes" 1 x P x 4, "corners" 1 x P x 8.
+Input "picture": N x H x W x 3 uint8 RGB, sides multiples of 32. Outputs for P points, in pixels of
+the input: "scores" N x P (0..1), "boxes" N x P x 4, "corners" N x P x 8.
 """
 
 import argparse
@@ -56,11 +56,11 @@ def export(network: Detector, out: Path) -> Path:
     out.mkdir(parents=True, exist_ok=True)
     path = out / "detector_fp32.onnx"
     whole = Plates(network).eval()
-    example = torch.randint(0, 255, (1, *_SIZE, 3), dtype=torch.uint8)
+    example = torch.randint(0, 255, (2, *_SIZE, 3), dtype=torch.uint8)
     outputs = ["scores", "boxes", "corners"]
-    to_onnx(whole, example, path, "picture", outputs, {1: "height", 2: "width"})
+    to_onnx(whole, example, path, "picture", outputs, {0: "count", 1: "height", 2: "width"})
     for height, width in (_SIZE, (320, 192)):
-        check_close(whole, path, torch.randint(0, 255, (1, height, width, 3), dtype=torch.uint8))
+        check_close(whole, path, torch.randint(0, 255, (3, height, width, 3), dtype=torch.uint8))
     return path
 
 

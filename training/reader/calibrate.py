@@ -1,21 +1,41 @@
-"""Makes confidences mean what they say: one temperature, fitted on plates the training did not see.
+"""Makes confidences mean what they say: one temperature, fitted on what the engine says in the end.
 
-    python -m training.reader.calibrate --run runs/reader --photos FOLDER [--fonts FONTS]
+    python -m training.reader.calibrate --model models/reader_fp32.onnx --run runs/reader \\
+        --photos FOLDER [--fonts FONTS]
 
-Writes RUN/temperature.txt, which the export divides the logits by.
+The model is one exported without a temperature. Writes RUN/temperature.txt, which the next export
+divides the logits by.
 """
 
 import argparse
 from pathlib import Path
 
 import numpy as np
+from zelvoran_anpr.reading.plate_box import PlateBox
+from zelvoran_anpr.reading.plate_reader import PlateReader
+from zelvoran_anpr.reading.runtime_session import open_session
 
 from ..alphabet import folded
 from ..fonts import catalogue
 from .labelled import Labelled, real, rendered
-from .predict import collapsed, least_certain, reading
 
 _BINS = 10
+_TRIED = np.geomspace(0.6, 2.4, 13)
+
+
+class Warmed:
+    """A reader's session whose probabilities are those of logits divided by a temperature."""
+
+    def __init__(self, session, temperature: float):
+        self._session, self._power = session, 1 / temperature
+
+    def get_modelmeta(self):
+        return self._session.get_modelmeta()
+
+    def run(self, names: list[str], inputs: dict) -> list[np.ndarray]:
+        cells, *others = self._session.run(names, inputs)
+        cells = np.maximum(cells, 1e-30) ** self._power
+        return [cells / cells.sum(axis=2, keepdims=True), *others]
 
 
 def calibration_error(confidence: np.ndarray, right: np.ndarray) -> float:
@@ -28,53 +48,34 @@ def calibration_error(confidence: np.ndarray, right: np.ndarray) -> float:
     return float(sum(gaps) / max(len(confidence), 1))
 
 
-def confidences(logits: np.ndarray, temperature: float) -> np.ndarray:
-    """Return per plate the confidence of its least certain character; N x CELLS x CLASSES."""
-    scaled = logits / temperature
-    scaled = np.exp(scaled - scaled.max(axis=2, keepdims=True))
-    scaled /= scaled.sum(axis=2, keepdims=True)
-    return np.array([least_certain(cells, collapsed(cells)) for cells in scaled])
+def error_at(session, temperature: float, plates: list[Labelled]) -> float:
+    """Return the engine's calibration error with the session at a temperature."""
+    reader = PlateReader(Warmed(session, temperature))
+    read = [reader.read(p.picture, PlateBox(p.corners, 1.0), "univ") for p in plates]
+    right = [folded(r.text) == folded(p.text) for r, p in zip(read, plates, strict=True)]
+    return calibration_error(np.array([r.confidence for r in read]), np.array(right))
 
 
-def fitted_temperature(logits: np.ndarray, right: np.ndarray) -> float:
-    """Return the temperature from 0.5 to 4 with the smallest calibration error."""
-    tried = np.geomspace(0.5, 4, 60)
-    errors = [calibration_error(confidences(logits, t), right) for t in tried]
-    return float(tried[int(np.argmin(errors))])
-
-
-def logits_of(network, plates: list[Labelled]) -> np.ndarray:
-    import torch
-
-    pictures = torch.from_numpy(np.stack([p.picture for p in plates]))
-    with torch.inference_mode():
-        return np.concatenate([network(part)[0].float().numpy() for part in pictures.split(32)])
-
-
-def exact(logits: np.ndarray, plates: list[Labelled]) -> np.ndarray:
-    """Return per plate whether its text is right, O=0 and I=1 folded."""
-    texts = [reading(one, np.zeros(1)).text for one in logits]
-    pairs = zip(texts, plates, strict=True)
-    return np.array([folded(text) == folded(plate.text) for text, plate in pairs])
+def fitted_temperature(session, plates: list[Labelled]) -> tuple[float, float]:
+    """Return the temperature with the smallest calibration error, and that error."""
+    errors = [error_at(session, float(t), plates) for t in _TRIED]
+    return float(_TRIED[int(np.argmin(errors))]), min(errors)
 
 
 def main() -> None:
-    from .load import trained
-
     parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--model", type=Path, required=True)
     parser.add_argument("--run", type=Path, required=True)
     parser.add_argument("--photos", type=Path)
     parser.add_argument("--fonts", type=Path)
     args = parser.parse_args()
     plates = list(real(args.photos)) if args.photos else []
     if args.fonts:
-        plates += rendered(catalogue(args.fonts), 1000, seed=0)
-    logits = logits_of(trained(args.run), plates)
-    right = exact(logits, plates)
-    temperature = fitted_temperature(logits, right)
-    for name, value in (("as trained", 1.0), ("calibrated", temperature)):
-        error = calibration_error(confidences(logits, value), right)
-        print(f"{name}: temperature {value:.3f}, calibration error {error:.4f}")
+        plates += rendered(catalogue(args.fonts), 300, seed=0)
+    session = open_session(str(args.model), "cpu")
+    temperature, error = fitted_temperature(session, plates)
+    before = error_at(session, 1.0, plates)
+    print(f"calibration error {before:.4f}, at temperature {temperature:.3f} {error:.4f}")
     (args.run / "temperature.txt").write_text(f"{temperature:.4f}\n")
 
 

@@ -11,32 +11,28 @@ from PIL import Image, ImageOps
 
 from ..plates.face import draw_face
 from ..scene import geometry
-from ..scene.crop import shown, straighten
+from ..scene.crop import HEIGHT, WIDTH, shown
 
 
 @dataclass(frozen=True)
 class Labelled:
-    """A straightened picture (uint8 HEIGHT x WIDTH x 3), its text, the set it belongs to."""
+    """A picture (H x W x 3 uint8), a plate's corners on it, its text, the set it belongs to."""
 
     picture: np.ndarray
+    corners: np.ndarray
     text: str
     subset: str
 
 
-def real(folder: Path, margin: float = 0.03) -> Iterator[Labelled]:
-    """Yield the plates of FOLDER/plates.csv, cut by their boxes and a margin (share of a side)."""
+def real(folder: Path) -> Iterator[Labelled]:
+    """Yield the plates of FOLDER/plates.csv, with their boxes' corners."""
     with open(folder / "plates.csv", encoding="utf-8") as file:
         for row in csv.DictReader(file):
             x, y, wide, high = (float(row[key]) for key in ("x", "y", "width", "height"))
-            dx, dy = margin * wide, margin * high
-            corners = geometry.corners(x - dx, y - dy, x + wide + dx, y + high + dy)
+            corners = geometry.corners(x, y, x + wide, y + high)
             photo = ImageOps.exif_transpose(Image.open(folder / row["file"])).convert("RGB")
-            picture = _cut(photo, corners)
-            yield Labelled(picture, row["text"], row["file"].split("/")[0])
-
-
-def _cut(photo: Image.Image, corners: np.ndarray) -> np.ndarray:
-    return np.asarray(straighten(photo, corners))
+            subset = row["file"].split("/")[0]
+            yield Labelled(np.asarray(photo), corners, row["text"], subset)
 
 
 def rendered(fonts: dict, count: int, seed: int) -> Iterator[Labelled]:
@@ -44,4 +40,4 @@ def rendered(fonts: dict, count: int, seed: int) -> Iterator[Labelled]:
     for number in range(count):
         rng = Random(f"measure {seed}:{number}")
         picture, text, group = shown(draw_face(fonts, rng), fonts, rng)
-        yield Labelled(picture, text, group)
+        yield Labelled(picture, geometry.corners(0, 0, WIDTH, HEIGHT), text, group)

@@ -12,7 +12,8 @@ from .plate_result import ReadResult, plate_result
 from .plate_text import PlateText
 from .whole_picture import could_be_plate, frame, shown_share
 
-_LEAST_SCORE = 0.08  # plausibility, legibility and the box's confidence together: less is chance
+_LEAST_SCORE = 0.07  # plausibility, legibility and the box's confidence together: less is chance
+_READ = 1.5  # exponent of the legibility: what can be read says more than what looks like a plate
 _SAME_PLATE = 0.3  # shared part of the smaller box from which two boxes are one plate
 _SURE = 0.5  # confidence below which the picture as a whole is read as well
 _WHOLE = 0.92  # share of a plate's width and height on the photo from which nothing is cut
@@ -51,7 +52,7 @@ def read_plates(
 
 def _judged(image: np.ndarray, box: PlateBox, text: PlateText, region: str) -> tuple:
     """Return (score, box, text); a plate that is cut by the photo's edge is never sure."""
-    score = plausibility(text, region) * text.legibility * box.confidence
+    score = plausibility(text, region) * text.legibility**_READ * box.confidence
     cut = shown_share(image, box) < _WHOLE
     return score, box, text.at_most(_CUT) if cut else text
 

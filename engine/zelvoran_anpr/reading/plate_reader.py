@@ -24,21 +24,25 @@ _FIRST_MARGIN = (0.02, 0.035)  # the middle of what training shows
 _MORE_MARGINS = ((0.05, 0.0), (0.0, 0.1), (0.05, 0.1), (0.0, 0.0))
 _SURE = 0.95  # confidence from which the first look is enough
 _LATIN_ONLY = "eup"
-_NO_GROUPS = ""  # metadata of a reader that does not tell groups
 
 
 class PlateReader:
     """Holds one session; `read` may be called from several threads."""
 
-    def __init__(self, model: str, backend: str):
+    def __init__(self, session):
+        self._session = session
+        about = session.get_modelmeta().custom_metadata_map
+        self._characters = about["characters"]
+        self._groups = tuple(about["regions"].split(","))
+
+    @classmethod
+    def named(cls, model: str, backend: str) -> "PlateReader":
+        """Return the reader of a model's name; raises ModelError or BackendError."""
         from .runtime_session import check_backend, open_session
 
         file = find_reader(model)
         check_backend(backend)
-        self._session = open_session(model_path(file), backend)
-        about = self._session.get_modelmeta().custom_metadata_map
-        self._characters = about["characters"]
-        self._groups = tuple(filter(None, about.get("regions", _NO_GROUPS).split(",")))
+        return cls(open_session(model_path(file), backend))
 
     def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
         """Return the plate's text without separators; empty where no plate is."""

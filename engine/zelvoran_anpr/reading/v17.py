@@ -7,6 +7,7 @@ if TYPE_CHECKING:
     import numpy as np
 
     from .plate_box import PlateBox
+    from .plate_result import ReadResult
     from .plate_text import PlateText
 
 # The public names are fixed by the interface that front ends load.
@@ -22,7 +23,7 @@ class zv_anpr_detector_v17:
     def __init__(self, model: str, backend: str = "cpu"):
         from .plate_detector import PlateDetector
 
-        self._detector = PlateDetector(model, backend)
+        self._detector = PlateDetector.named(model, backend)
 
     def detect(self, image_rgb: "np.ndarray") -> "list[PlateBox]":
         """Return the PlateBox candidates on an H x W x 3 uint8 RGB array; thread-safe."""
@@ -40,7 +41,7 @@ class zv_anpr_ocr_v17:
         from .plate_reader import PlateReader
 
         self.region = to_internal_region(region)
-        self._reader = PlateReader(model, backend)
+        self._reader = PlateReader.named(model, backend)
 
     def read(
         self, image_rgb: "np.ndarray", box: "PlateBox", region: str | None = None
@@ -54,7 +55,7 @@ class zv_anpr_ocr_v17:
 
 def zelvoran_anpr_from_image_file(
     detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, path: "str | os.PathLike[str]"
-) -> dict:
+) -> "ReadResult":
     """Read the plates on an image file; returns the mapping of `read_plates`.
 
     Raises ReadError (a ValueError) with one clear line when the file is not a readable photo.

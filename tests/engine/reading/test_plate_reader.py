@@ -1,48 +1,14 @@
-"""The models' way in and out: scaling, overlapping finds, the plate's picture, its text."""
+"""The plate reader: the plate's picture, cells to text, votes."""
 
 import numpy as np
 import pytest
-from zelvoran_anpr.reading import plate_detector, plate_reader, voting
+from zelvoran_anpr.reading import plate_reader, voting
 from zelvoran_anpr.reading.plate_box import PlateBox
 from zelvoran_anpr.reading.plate_text import PlateText
 
 
-def test_a_photo_is_scaled_and_filled_up_to_multiples_of_32():
-    field, scale = plate_detector.fitted(np.full((720, 1280, 3), 255, np.uint8), 640)
-    assert field.shape == (1, 384, 640, 3) and field.dtype == np.uint8
-    assert scale == 0.5
-    assert (field[0, :360] == 255).all() and (field[0, 360:] == 114).all()
-
-
-def test_small_and_upright_photos_fit_too():
-    field, scale = plate_detector.fitted(np.zeros((40, 10, 3), np.uint8), 320)
-    assert field.shape == (1, 320, 96, 3) and scale == 8
-
-
 def _quad(left, top, right, bottom):
     return [[left, top], [right, top], [right, bottom], [left, bottom]]
-
-
-def test_overlapping_finds_leave_the_surest_and_weak_ones_go():
-    boxes = np.array(
-        [[0, 0, 100, 20], [2, 0, 102, 20], [300, 0, 400, 20], [0, 300, 90, 330]], float
-    )
-    corners = np.array([_quad(*box) for box in boxes], np.float32)
-    found = plate_detector.plates(np.array([0.6, 0.9, 0.5, 0.1]), boxes, corners)
-    assert [plate.confidence for plate in found] == [0.9, 0.5]
-    assert found[1].corners.tolist() == _quad(300, 0, 400, 20)
-
-
-def test_finds_of_one_place_tell_its_corners_together():
-    boxes = np.array([[0, 0, 100, 20], [4, 0, 104, 20], [80, 0, 180, 20]], float)
-    corners = np.array([_quad(*box) for box in boxes], np.float32)
-    [found] = plate_detector.plates(np.array([0.9, 0.3, 0.2]), boxes, corners)
-    assert found.corners == pytest.approx(np.array(_quad(1, 0, 101, 20)))
-
-
-def test_no_finds_give_no_plates():
-    nothing = plate_detector.plates(np.zeros(5), np.zeros((5, 4)), np.zeros((5, 4, 2)))
-    assert nothing == []
 
 
 def test_the_reader_is_shown_a_little_around_the_plate():
@@ -123,18 +89,21 @@ def test_what_one_look_reads_is_not_outvoted_by_nothing():
 class _Looks:
     """Stands for the reader's session: gives the same cells for every look and counts looks."""
 
-    def __init__(self, cells: np.ndarray):
+    def __init__(self, characters: str, cells: np.ndarray):
         self.cells, self.asked = cells, []
+        self.custom_metadata_map = {"characters": characters, "regions": "eup,na"}
+
+    def get_modelmeta(self):
+        return self
 
     def run(self, _, pictures: dict) -> list[np.ndarray]:
         self.asked.append(len(pictures["picture"]))
         return [np.stack([self.cells] * self.asked[-1]), np.array([[0.8, 0.2]] * self.asked[-1])]
 
 
-def _reader(characters: str, cells: np.ndarray) -> plate_reader.PlateReader:
-    reader = plate_reader.PlateReader.__new__(plate_reader.PlateReader)
-    reader._characters, reader._groups, reader._session = characters, ("eup", "na"), _Looks(cells)
-    return reader
+def _reader(characters: str, cells: np.ndarray) -> tuple[plate_reader.PlateReader, _Looks]:
+    session = _Looks(characters, cells)
+    return plate_reader.PlateReader(session), session
 
 
 @pytest.mark.parametrize(
@@ -143,53 +112,24 @@ def _reader(characters: str, cells: np.ndarray) -> plate_reader.PlateReader:
      ("___", 1, 0.9, [1])],
 )  # fmt: skip
 def test_more_looks_are_taken_where_the_first_leaves_doubt(line, sure, found, asked):
-    reader = _reader("AB12", _cells(line, {0: sure}))
+    reader, session = _reader("AB12", _cells(line, {0: sure}))
     photo = np.zeros((50, 120, 3), np.uint8)
     box = PlateBox(np.array(_quad(5, 5, 105, 35), float), found)
     assert reader.read(photo, box, "univ").text == line.strip("_")
-    assert reader._session.asked == asked
+    assert session.asked == asked
 
 
 def test_a_text_that_mixes_scripts_as_no_country_does_is_read_as_latin():
     cells = np.array([[0, 0, 0, 0.97, 0.03], [0, 0.02, 0, 0, 0.98], [0, 0, 0.99, 0, 0]])
-    reader = _reader("AB1京", cells)
+    reader, _ = _reader("AB1京", cells)
     box = PlateBox(np.array(_quad(5, 5, 105, 35), float), 0.9)
     assert reader.read(np.zeros((50, 120, 3), np.uint8), box, "univ").text == "1AB"
 
 
-def _detector(*answers: tuple[float, tuple]) -> tuple[plate_detector.PlateDetector, list]:
-    """Return a detector whose looks see one quad each, with a score, and its inputs' shapes."""
-    asked = []
-
-    class Session:
-        def run(self, _, inputs: dict) -> list[np.ndarray]:
-            score, bounds = answers[len(asked)]
-            asked.append(inputs["picture"].shape)
-            quad = np.array(_quad(*bounds), np.float32).reshape(1, 1, 8)
-            return [np.array([[score]]), np.array([[[*bounds]]], np.float32), quad]
-
-    detector = plate_detector.PlateDetector.__new__(plate_detector.PlateDetector)
-    detector._session, detector._longest = Session(), 640
-    return detector, asked
-
-
-def _lefts(detector: plate_detector.PlateDetector) -> list[float]:
-    found = detector.detect(np.zeros((720, 1280, 3), np.uint8))
-    return [round(float(box.corners[0][0])) for box in found]
-
-
-def test_an_overview_finds_the_plate_that_fills_the_photo():
-    large, part = (0.8, (20, 30, 200, 80)), (0.7, (100, 120, 300, 200))
-    detector, asked = _detector(large, part)
-    assert _lefts(detector) == [round(20 * 1280 / 224)]
-    assert asked == [(1, 128, 224, 3), (1, 384, 640, 3)]
-
-
-def test_what_is_much_surer_than_the_overview_stands_for_itself():
-    detector, _ = _detector((0.4, (20, 30, 200, 80)), (0.9, (100, 120, 300, 200)))
-    assert _lefts(detector) == [200, round(20 * 1280 / 224)]
-
-
-def test_the_overview_tells_nothing_of_small_plates():
-    detector, _ = _detector((0.9, (20, 30, 60, 40)), (0.1, (0, 0, 5, 5)))
-    assert _lefts(detector) == []
+def test_a_reading_tells_which_groups_the_plate_looks_like():
+    reader, _ = _reader("AB12", _cells("A1B", {}))
+    box = PlateBox(np.array(_quad(5, 5, 105, 35), float), 0.9)
+    assert reader.read(np.zeros((50, 120, 3), np.uint8), box, "univ").groups == {
+        "eup": 0.8,
+        "na": 0.2,
+    }
