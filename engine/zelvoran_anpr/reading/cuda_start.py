@@ -8,6 +8,8 @@ from pathlib import Path
 from .quiet_runtime import onnxruntime
 
 _PROVIDER = "CUDAExecutionProvider"
+_PROBE = Path(__file__).with_name("cuda_probe.onnx")
+"""Adds a number to itself; made by training/cuda_probe.py."""
 
 
 def cuda_start_problem() -> str | None:
@@ -35,7 +37,7 @@ def _run_probe() -> str | None:
     options = onnxruntime.SessionOptions()
     options.log_severity_level = 4
     session = onnxruntime.InferenceSession(
-        _adding_model(), options, providers=[_PROVIDER], enable_fallback=0
+        str(_PROBE), options, providers=[_PROVIDER], enable_fallback=0
     )
     if _PROVIDER not in session.get_providers():
         return _library_problem() or "the CUDA provider did not start"
@@ -58,26 +60,3 @@ def _library_problem() -> str | None:
 
 def _one_line(error: Exception) -> str:
     return " ".join(str(error).split())[:300] or type(error).__name__
-
-
-def _adding_model() -> bytes:
-    """Return an ONNX model, y = x + x for one float, encoded by hand as protocol buffers."""
-    node = _text(1, b"x") + _text(1, b"x") + _text(2, b"y") + _text(4, b"Add")
-    graph = _text(1, node) + _text(2, b"g") + _text(11, _value(b"x")) + _text(12, _value(b"y"))
-    opset = _number(2, 13)
-    return _number(1, 8) + _text(7, graph) + _text(8, opset)
-
-
-def _value(name: bytes) -> bytes:
-    shape = _text(1, _number(1, 1))
-    tensor = _number(1, 1) + _text(2, shape)  # element type 1 is float32
-    return _text(1, name) + _text(2, _text(1, tensor))
-
-
-def _number(field: int, value: int) -> bytes:
-    return bytes([field << 3, value])
-
-
-def _text(field: int, content: bytes) -> bytes:
-    assert len(content) < 128, "lengths of one byte only"
-    return bytes([field << 3 | 2, len(content)]) + content
