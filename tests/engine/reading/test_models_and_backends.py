@@ -65,9 +65,7 @@ def test_the_missing_cuda_provider_is_named():
 
 
 def test_the_cuda_probe_is_a_working_model():
-    session = onnxruntime.InferenceSession(
-        cuda_start._PROBE, providers=["CPUExecutionProvider"]
-    )
+    session = onnxruntime.InferenceSession(cuda_start._PROBE, providers=["CPUExecutionProvider"])
     assert session.run(None, {"x": np.array([3], np.float32)})[0] == [6]
 
 
