@@ -6,7 +6,12 @@ class ReadError(ValueError):
 
 
 class PhotoTooLarge(ReadError):
-    """A photo with more pixels than are allowed."""
+    """A photo with more pixels than are allowed; `width` and `height` are its own."""
+
+    def __init__(self, text: str, width: int = 0, height: int = 0) -> None:
+        super().__init__(text)
+        self.width = width
+        self.height = height
 
 
 class ModelError(ValueError):

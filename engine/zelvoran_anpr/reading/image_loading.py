@@ -9,7 +9,6 @@ import numpy as np
 from PIL import (
     BmpImagePlugin,
     Image,
-    ImageOps,
     JpegImagePlugin,
     PngImagePlugin,
     TiffImagePlugin,
@@ -17,6 +16,7 @@ from PIL import (
 
 from .cut_off_jpeg import completed, is_jpeg
 from .errors import PhotoTooLarge, ReadError
+from .pixels import upright_rgb
 
 MAX_PIXELS = 150_000_000  # RGB of this size takes 450 MB
 
@@ -49,7 +49,7 @@ def load_image(source: str | os.PathLike | bytes, max_pixels: int | None = None)
     with _stream(source, name) as stream, _opened(stream, name) as image:
         _check_size(image, name, MAX_PIXELS if max_pixels is None else max_pixels)
         pixels = _loaded(image, stream, name)
-        return np.ascontiguousarray(_rgb(_upright(pixels)))
+        return upright_rgb(pixels)
 
 
 def _shown(path: str | os.PathLike) -> str:
@@ -98,7 +98,8 @@ def _opened(stream: BinaryIO, name: str) -> Image.Image:
 def _check_size(image: Image.Image, name: str, limit: int) -> None:
     if image.width * image.height > limit:
         raise PhotoTooLarge(
-            f"The photo has more than {limit / 1e6:g} megapixels, make it smaller first: {name}"
+            f"The photo has more than {limit / 1e6:g} megapixels, make it smaller first: {name}",
+            *image.size,
         )
 
 
@@ -114,25 +115,3 @@ def _loaded(image: Image.Image, stream: BinaryIO, name: str) -> Image.Image:
         if rest is None:
             raise ReadError(f"The photo is damaged or cut off: {name}") from None
         return rest
-
-
-def _upright(image: Image.Image) -> Image.Image:
-    try:
-        return ImageOps.exif_transpose(image)
-    except Exception:  # noqa: BLE001  broken EXIF data says nothing about the pixels
-        return image
-
-
-def _rgb(image: Image.Image) -> np.ndarray:
-    if image.mode.startswith("I") or image.mode == "F":
-        return np.repeat(_grey(np.asarray(image))[..., None], 3, axis=2)
-    return np.asarray(image.convert("RGB"))
-
-
-def _grey(values: np.ndarray) -> np.ndarray:
-    """Scale one channel of more than 8 bits, whole or real, to 8 bits."""
-    if values.dtype.kind == "f":
-        finite = np.nan_to_num(values)
-        finite *= 255 if finite.max() <= 1 else 1
-        return np.clip(finite, 0, 255, out=finite).astype(np.uint8)
-    return (np.clip(values, 0, 65535) // 257).astype(np.uint8)

@@ -47,6 +47,7 @@ class Limits:
 
     body_mb: float = option(20, number(0.001, 4096), "largest upload, in MB")
     uploads_mb: float = option(200, number(0.001, 65536), "all uploads at the same time, in MB")
+    unpack_mb: float = option(450, number(1, 1e6), "photos unpacked at the same time, in MB")
     megapixels: float = option(50, number(0.001, 1000), "largest photo")
     queue: int = option(32, whole(0, 100000), "photos that may wait; more are answered with 429")
     header_seconds: float = option(10, number(0.1, 3600), "for a client to send its request line")

@@ -6,15 +6,14 @@ from fastapi.responses import JSONResponse
 from starlette.exceptions import HTTPException
 
 from ..._version import __version__
+from ..workers.errors import NotReady, PhotoRefused, PoolFull, WorkerLost
 from . import management, probes, recognition, sign_in
 from .answers import problem
 from .body_limits import BodyLimits
 from .departure import ClientLeft
-from .engine import ImageRefused, NotReady
 from .guard import Guard
 from .methods import offered
 from .pages import add_pages
-from .pool import PoolFull
 from .state import ServiceState
 
 
@@ -47,8 +46,8 @@ def _add_handlers(app: FastAPI) -> None:
     async def invalid(_: Request, error: RequestValidationError) -> JSONResponse:
         return problem(422, _first_problem(error))
 
-    @app.exception_handler(ImageRefused)
-    async def no_image(_: Request, error: ImageRefused) -> JSONResponse:
+    @app.exception_handler(PhotoRefused)
+    async def no_image(_: Request, error: PhotoRefused) -> JSONResponse:
         return problem(error.status, str(error))
 
     @app.exception_handler(NotReady)
@@ -58,6 +57,10 @@ def _add_handlers(app: FastAPI) -> None:
     @app.exception_handler(PoolFull)
     async def full(_: Request, error: PoolFull) -> JSONResponse:
         return problem(429, str(error), **{"retry-after": str(error.retry_after)})
+
+    @app.exception_handler(WorkerLost)
+    async def lost(_: Request, error: WorkerLost) -> JSONResponse:
+        return problem(500, "The photo could not be read; the reason is in the server's log")
 
     @app.exception_handler(ClientLeft)
     async def left(_: Request, error: ClientLeft) -> JSONResponse:

@@ -7,9 +7,9 @@ from starlette.formparsers import MultiPartParser
 from starlette.responses import JSONResponse
 from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
+from ..workers.errors import PoolFull
 from .limited_body import LimitedBody, Stop, too_large
 from .paths import RECOGNITION
-from .pool import PoolFull
 from .state import ServiceState
 from .upload_total import UploadTotal
 

@@ -17,7 +17,7 @@ class Metrics:
     def __init__(self, state: Any) -> None:
         registry = self._registry = CollectorRegistry()
         ProcessCollector(registry=registry)
-        self._process = psutil.Process(os.getpid())
+        self._state = state
         self.requests_served = 0
         """Recognitions answered with a result."""
         self.errors = 0
@@ -50,8 +50,15 @@ class Metrics:
         self._plates.inc(plates)
 
     def memory_mb(self) -> float:
-        """Return the resident memory of this process in MiB."""
-        return round(self._process.memory_info().rss / 2**20, 1)
+        """Return the resident memory of this process and its readers in MiB."""
+        return round(sum(map(_resident, [os.getpid(), *self._state.readers.pids])) / 2**20, 1)
 
     def text(self) -> bytes:
         return _text(self._registry)
+
+
+def _resident(pid: int) -> int:
+    try:
+        return psutil.Process(pid).memory_info().rss
+    except psutil.Error:  # it is being replaced
+        return 0

@@ -89,11 +89,13 @@ class MmcSwitch:
         status = {"available": False, "backend": self.name, **_NO_QUOTA}
         return {**status, "error": self._problem or "MMC is starting"}
 
-    def recognise(self, image: Any, ltrb: Any) -> dict[str, str]:
-        """Return make, model and color of the vehicle around a plate. Raises MmcUnavailable."""
-        from ...mmc import MmcError, vehicle_crop
+    def recognise(self, vehicle: Any) -> dict[str, str]:
+        """Return make, model and color of a vehicle (height x width x RGB, uint8).
 
-        vehicle = vehicle_crop(image, ltrb)
+        Raises MmcUnavailable.
+        """
+        from ...mmc import MmcError
+
         while True:
             backend = self._backend
             if backend is None or not backend.available():

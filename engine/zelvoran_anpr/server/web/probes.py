@@ -20,12 +20,13 @@ async def livez() -> Response:
 
 
 @router.get("/readyz", summary="Answers 200 once the models are warm, 503 before",
-            responses={503: {"description": "Still loading", **_TEXT}})  # fmt: skip
+            responses={503: {"description": "Loading, or stuck", **_TEXT}})  # fmt: skip
 async def readyz(request: Request) -> Response:
     state: ServiceState = request.app.state.service
-    if state.engine.ready:
+    if state.readers.ready and not state.readers.stuck:
         return PlainTextResponse("ok\n")
-    return PlainTextResponse("loading\n", 503, {"retry-after": "1"})
+    text = "stuck\n" if state.readers.ready else "loading\n"
+    return PlainTextResponse(text, 503, {"retry-after": "1"})
 
 
 @router.get("/metrics", summary="Counters in the Prometheus text format")

@@ -10,6 +10,7 @@ from fastapi import APIRouter, File, Form, HTTPException, Request, UploadFile
 from .answers import PROBLEMS, Plate, Problem, Recognition
 from .departure import unless_left
 from .mmc_switch import MmcUnavailable
+from .pictures import pictures
 from .region import internal_name
 from .state import ServiceState
 
@@ -37,20 +38,19 @@ async def read_plates_and_vehicles(
 async def _recognise(
     state: ServiceState, image: UploadFile, region: str | None, with_mmc: bool
 ) -> Recognition:
-    state.engine.check_ready()
+    state.readers.check_ready()
     name = _region(state, region)
     photo = await image.read()
     begun = time.monotonic()
     limits = state.settings.limits
-    picture, found = await _timed(
-        state.readers.run(
-            state.engine.read, photo, internal_name(name), seconds=limits.request_seconds
-        )
+    reading, pixels = await _timed(
+        state.readers.read(photo, internal_name(name), with_mmc, limits.request_seconds)
     )
-    plates = [_plate(record) for record in found]
-    problem = await _add_vehicles(state, picture, found, plates) if with_mmc and found else None
+    plates = [_plate(record) for record in reading["plates"]]
+    vehicles = pictures(reading["crops"], pixels)
+    problem = await _add_vehicles(state, vehicles, plates) if vehicles else None
     answer = Recognition(
-        results=plates, region=name, width=picture.shape[1], height=picture.shape[0],
+        results=plates, region=name, width=reading["width"], height=reading["height"],
         processing_sec=round(time.monotonic() - begun, 4), mmc_error=problem,
     )  # fmt: skip
     _remember(state, image.filename or "", answer)
@@ -65,13 +65,12 @@ async def _timed(call: Any) -> Any:
 
 
 async def _add_vehicles(
-    state: ServiceState, picture: Any, found: list[dict[str, Any]], plates: list[Plate]
+    state: ServiceState, pictures: list[Any], plates: list[Plate]
 ) -> str | None:
     """Fill in what is known of each vehicle; return why something is missing, or None."""
     seconds = state.settings.limits.mmc_seconds
     calls = (
-        state.mmc_workers.run(state.mmc.recognise, picture, record["ltrb"], seconds=seconds)
-        for record in found
+        state.mmc_workers.run(state.mmc.recognise, picture, seconds=seconds) for picture in pictures
     )
     problem = None
     vehicles = await asyncio.gather(*calls, return_exceptions=True)

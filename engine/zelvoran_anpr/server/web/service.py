@@ -1,24 +1,27 @@
 """Runs the web application on a socket, loading the engine beside it."""
 
+import asyncio
 import contextlib
 import logging
 import signal
 import socket
-import threading
-from collections.abc import Iterator
+from collections.abc import Awaitable, Callable, Iterator
 
 import uvicorn
 
 from ..config.settings import Settings
+from ..workers.errors import WorkerLost
 from .app import create_app
 from .crowd import Crowd
 from .descriptors import BACKLOG, affordable_connections
 from .heads import MOST_BYTES
+from .last_resort import end_at_last
 from .protocol import guarded_protocol
 from .state import ServiceState
 
 _log = logging.getLogger("zelvoran_anpr.server")
-_LOADER_SECONDS = 10
+_CLOSE_SECONDS = 8
+Work = Callable[[], Awaitable[None]]
 
 
 class Service:
@@ -43,36 +46,51 @@ class Service:
                 server_header=False,
                 timeout_graceful_shutdown=int(limits.stop_seconds) + 1,
                 lifespan="off",
-            )
+            ),
+            self._load,
+            self._state.close,
+            limits.stop_seconds + _CLOSE_SECONDS,
         )
 
     def run(self, listener: socket.socket) -> None:
         """Serve until stopped. Ctrl+C ends it gracefully and then raises KeyboardInterrupt."""
-        loader = threading.Thread(target=self._load, name="engine loader", daemon=True)
-        loader.start()
-        try:
-            self._server.run(sockets=[listener])
-        finally:
-            loader.join(_LOADER_SECONDS)  # native code must not be torn down in the middle
-            self._state.close()
-            _log.info("stopped")
+        self._server.run(sockets=[listener])
+        _log.info("stopped")
 
     def stop(self) -> None:
         """Ask for a graceful end; may be called from any thread."""
         self._server.should_exit = True
 
-    def _load(self) -> None:
+    async def _load(self) -> None:
         try:
-            self._state.load()
+            await self._state.load()
             _log.info("ready: the models are warm")
         except Exception as error:  # noqa: BLE001 (whatever it is, the server must not stay up useless)
             self.failure = f"The recognition models cannot be loaded: {error}"
-            _log.error("%s", self.failure, exc_info=not isinstance(error, ValueError))
+            _log.error("%s", self.failure, exc_info=not isinstance(error, WorkerLost))
             self.stop()
 
 
 class _Server(uvicorn.Server):
     """Takes SIGTERM as an ordinary end: the process has done all that was asked of it."""
+
+    def __init__(self, config: uvicorn.Config, load: Work, close: Work, patience: float) -> None:
+        super().__init__(config)
+        self._load = load
+        self._close = close
+        self._patience = patience
+
+    async def startup(self, sockets: list[socket.socket] | None = None) -> None:
+        await super().startup(sockets)
+        self._loading = asyncio.create_task(self._load())
+
+    async def shutdown(self, sockets: list[socket.socket] | None = None) -> None:
+        end_at_last(self._patience)
+        try:
+            await super().shutdown(sockets)
+        finally:
+            self._loading.cancel()
+            await self._close()
 
     @contextlib.contextmanager
     def capture_signals(self) -> Iterator[None]:

@@ -1,14 +1,16 @@
 """What all requests of one server share."""
 
+import asyncio
 import time
+from typing import Any
 
 from ..config.settings import Settings
-from .engine import Engine
+from ..workers.pool import ReaderPool
 from .metrics import Metrics
 from .mmc_switch import MmcSwitch
 from .pool import BoundedPool
 from .recent import RecentRequests
-from .region import RegionChoice
+from .region import RegionChoice, internal_name
 from .session import Sessions
 
 
@@ -19,22 +21,41 @@ class ServiceState:
         self.settings = settings
         self.started = time.monotonic()
         self.region = RegionChoice(settings.server.region)
-        self.engine = Engine(settings)
         self.mmc = MmcSwitch(settings)
         limits = settings.limits
-        self.readers = BoundedPool(settings.server.threads, limits.queue, "reader")
+        self.readers = ReaderPool(
+            _reader_options(settings, internal_name(self.region.active)),
+            settings.server.threads, limits.queue, limits.request_seconds,
+        )  # fmt: skip
         self.mmc_workers = BoundedPool(settings.mmc.threads, limits.queue, "mmc")
         self.metrics = Metrics(self)
         self.recent = RecentRequests()
         self.sessions = Sessions(token)
 
-    def load(self) -> None:
-        """Make the engine ready, then begin with the vehicle recogniser. Raises ValueError."""
-        self.engine.load(self.region.active)
+    @property
+    def engine(self) -> ReaderPool:
+        """For those who ask only whether it is ready."""
+        return self.readers
+
+    async def load(self) -> None:
+        """Make the readers ready, then begin with the vehicle recogniser. Raises WorkerLost."""
+        await self.readers.start()
         self.mmc.start_later()
 
-    def close(self) -> None:
-        """Return when everything that was started has ended."""
-        self.readers.close()
+    async def close(self) -> None:
+        """Return when the readers have ended and the vehicle recogniser was told to."""
+        await self.readers.close()
+        await asyncio.to_thread(self._close_mmc)
+
+    def _close_mmc(self) -> None:
         self.mmc_workers.close()
         self.mmc.stop()
+
+
+def _reader_options(settings: Settings, region: str) -> dict[str, Any]:
+    server, limits = settings.server, settings.limits
+    return {
+        "detector_model": server.detector_model, "ocr_model": server.ocr_model,
+        "backend": server.backend, "region": region,
+        "max_pixels": int(limits.megapixels * 1e6), "most_bytes": int(limits.unpack_mb * 1e6),
+    }  # fmt: skip
