@@ -110,12 +110,12 @@ def home(tmp_path):
 
 
 @contextlib.contextmanager
-def running(directory: Path, **sections: dict):
+def running(directory: Path, threads: int = 2, **sections: dict):
     """A server of a user of its own while the block runs."""
     made = Home(directory)
     made.configure(**sections)
     try:
-        yield made.start(threads=2)
+        yield made.start(threads=threads)
     finally:
         made.call("stop_server", force=True, stop_all=True)
         made.kill_all()

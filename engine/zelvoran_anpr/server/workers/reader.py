@@ -42,6 +42,9 @@ class Reader:
         begun = time.monotonic()
         check_bytes(photo)
         image = self._loaded(photo)
+        large = image.size > 3 * FREE_PIXELS
+        if large:
+            _give_memory_back()
         unpacked = time.monotonic()
         plates = list(
             reading.read_plates(self._detector, self._ocr, image, region=region)["results"]
@@ -54,7 +57,6 @@ class Reader:
             "crops": [crop.shape[:2] for crop in crops],
             "seconds": {"unpack": unpacked - begun, "read": read - unpacked},
         }  # fmt: skip
-        large = image.size > 3 * FREE_PIXELS
         del image
         payload = b"".join(np.ascontiguousarray(crop).tobytes() for crop in crops)
         if large:
