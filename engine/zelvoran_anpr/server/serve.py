@@ -7,48 +7,78 @@ import signal
 import sys
 import threading
 import time
+from socket import socket
+from typing import Any
 
 from .config.config_file import ConfigError
 from .config.paths import log_path
 from .config.settings import Settings
 from .daemon.options import StartOptions, require_token, resolve
-from .daemon.ports import listen
-from .daemon.records import base_url, write_own_record
+from .daemon.ports import PortProblem, listen
+from .daemon.records import LOADING, PREPARED, READY, STARTING, OwnRecord, base_url
 from .log_file import set_up_logging
+
+_PORT_SECONDS = 5
 
 _log = logging.getLogger("zelvoran_anpr.server")
 
 
-def serve(settings: Settings, detached: bool) -> None:
+def serve(settings: Settings, detached: bool, start_id: str = "", replaces: bool = False) -> None:
     """Run a server in this process until SIGTERM, which returns, or Ctrl+C, which raises.
 
+    One that `replaces` another loads first and takes the port when a line comes on standard input.
     Raises RuntimeError with one line when the port is taken or the models do not load.
     """
     from .._version import __version__
-    from .web.service import Service
 
-    server = settings.server
+    server, limits = settings.server, settings.limits
     token = require_token(server.host)
-    socket = listen(server.host, server.port)
-    set_up_logging(
-        log_path(), int(settings.limits.log_mb * 1e6), settings.limits.log_files, not detached
-    )
+    listener = None if replaces else listen(server.host, server.port)
+    set_up_logging(log_path(), int(limits.log_mb * 1e6), limits.log_files, not detached)
     for line in settings.warnings:
         _log.warning("%s", line)
-    record = write_own_record(
-        server.host, server.port, server.threads, settings.source, __version__, detached
-    )
+    record = OwnRecord(settings, __version__, detached, start_id)
     try:
-        service = Service(settings, token)
-        if not detached:
-            _announce(base_url(server.host, server.port))
-            _stop_with_parent(service)
-        service.run(socket)
+        _run(settings, token, record, listener, detached)
     finally:
-        record.unlink(missing_ok=True)
-        socket.close()
+        record.remove()
+        if listener is not None:
+            listener.close()
+
+
+def _run(
+    settings: Settings, token: str, record: OwnRecord, listener: socket | None, detached: bool
+) -> None:
+    from .web.service import Service
+
+    service = Service(settings, token, on_ready=lambda: record.write(READY))
+    _take_hang_up(service, detached)
+    if not detached:
+        _announce(base_url(settings.server.host, settings.server.port))
+        _stop_with_parent(service)
+    if listener is None:
+        record.write(STARTING)
+        service.run_prepared(lambda: _port_when_told(settings, record))
+    else:
+        record.write(LOADING)
+        service.run(listener)
     if service.failure:
         raise RuntimeError(service.failure)
+
+
+def _port_when_told(settings: Settings, record: OwnRecord) -> socket:
+    """Say that only the port is missing; return it when the one before has let go of it."""
+    record.write(PREPARED)
+    if not sys.stdin.readline():
+        raise RuntimeError("the restart was given up")
+    deadline = time.monotonic() + _PORT_SECONDS
+    while True:
+        try:
+            return listen(settings.server.host, settings.server.port)
+        except PortProblem:
+            if time.monotonic() > deadline:
+                raise
+        time.sleep(0.05)
 
 
 def _announce(url: str) -> None:
@@ -57,7 +87,19 @@ def _announce(url: str) -> None:
     print("   Stop with Ctrl+C", flush=True)
 
 
-def _stop_with_parent(service) -> None:
+def _take_hang_up(service: Any, detached: bool) -> None:
+    """End with the terminal, but with a word and gracefully; in the background go on."""
+
+    def hung_up(*_: object) -> None:
+        _log.warning("SIGHUP: %s", "going on" if detached else "the terminal is gone: stopping")
+        if not detached:
+            service.stop()
+
+    if hasattr(signal, "SIGHUP"):
+        signal.signal(signal.SIGHUP, hung_up)
+
+
+def _stop_with_parent(service: Any) -> None:
     """End the server when the program that runs it in the foreground is gone."""
     parent = os.getppid()
 
@@ -78,10 +120,12 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("--threads", type=int)
     parser.add_argument("--config")
     parser.add_argument("--detached", action="store_true")
+    parser.add_argument("--start-id", default="")
+    parser.add_argument("--replaces", action="store_true")
     given = parser.parse_args(arguments)
     try:
         settings = resolve(StartOptions(given.host, given.port, given.threads, given.config))
-        serve(settings, given.detached)
+        serve(settings, given.detached, given.start_id, given.replaces)
     except (ConfigError, RuntimeError, OSError) as error:
         print(f"Error: {error}", file=sys.stderr)
         return 1

@@ -8,7 +8,10 @@ from typing import NamedTuple
 
 from ...atomic_file import write_atomic
 from ..config.paths import make_private_dir, run_dir
+from ..config.settings import Settings
 from .identity import machine_mark, process_mark
+
+STARTING, PREPARED, LOADING, READY = "starting", "prepared", "loading", "ready"
 
 
 class Instance(NamedTuple):
@@ -26,6 +29,10 @@ class Instance(NamedTuple):
     started: float
     """Seconds since the epoch; for display only."""
     detached: bool
+    state: str = "ready"
+    """How far it has come: STARTING and PREPARED do not listen yet, LOADING and READY do."""
+    start_id: str = ""
+    """What whoever started it knows it by."""
 
     @property
     def url(self) -> str:
@@ -39,22 +46,43 @@ def base_url(host: str, port: int) -> str:
     return f"http://{bracketed}:{port}"
 
 
-def write_own_record(
-    host: str, port: int, threads: int, config_path: str | None, version: str, detached: bool
-) -> Path:
-    """Write the record of this process and return its path. Raises OSError."""
-    pid = os.getpid()
-    mark = process_mark(pid) or ""
-    record = Instance(
-        pid, mark, machine_mark(), host, port, threads, config_path, version, time.time(), detached
-    )
-    path = make_private_dir(run_dir()) / f"server-{pid}.json"
-    write_atomic(path, json.dumps(record._asdict(), indent=1).encode(), 0o600)
-    return path
+class OwnRecord:
+    """The record of this process, which says how far it has come."""
+
+    def __init__(self, settings: Settings, version: str, detached: bool, start_id: str) -> None:
+        pid = os.getpid()
+        self._instance = _instance(pid, settings, version, detached)._replace(start_id=start_id)
+        self._path = _record_path(pid)
+
+    def write(self, state: str) -> None:
+        """Raises OSError."""
+        _write(self._path, self._instance._replace(state=state))
+
+    def remove(self) -> None:
+        self._path.unlink(missing_ok=True)
+
+
+def write_starting_record(pid: int, settings: Settings) -> None:
+    """Note a process just started, so that it can be stopped before it says a word itself.
+
+    One that has said it already keeps its own.
+    """
+    path = _record_path(pid)
+    if not path.exists():
+        _write(path, _instance(pid, settings, "", detached=True)._replace(state=STARTING))
+
+
+def remove_record(pid: int) -> None:
+    _record_path(pid).unlink(missing_ok=True)
 
 
 def running_instances() -> list[Instance]:
-    """Return the servers of this user that run on this machine, by port.
+    """Return the servers of this user that listen on this machine, by port."""
+    return [one for one in all_instances() if one.state not in (STARTING, PREPARED)]
+
+
+def all_instances() -> list[Instance]:
+    """Return all of them, those included that do not listen yet.
 
     Records of servers that ended without removing theirs are removed; records written on another
     machine, and files that are no record, are left alone.
@@ -72,10 +100,27 @@ def running_instances() -> list[Instance]:
     return sorted(found, key=lambda instance: (instance.port, instance.host))
 
 
+def _record_path(pid: int) -> Path:
+    return run_dir() / f"server-{pid}.json"
+
+
+def _instance(pid: int, settings: Settings, version: str, detached: bool) -> Instance:
+    server = settings.server
+    return Instance(
+        pid, process_mark(pid) or "", machine_mark(), server.host, server.port, server.threads,
+        settings.source, version, time.time(), detached,
+    )  # fmt: skip
+
+
+def _write(path: Path, instance: Instance) -> None:
+    make_private_dir(path.parent)
+    write_atomic(path, json.dumps(instance._asdict(), indent=1).encode(), 0o600)
+
+
 def _read(path: Path) -> Instance | None:
     try:
         fields = json.loads(path.read_bytes())
-        known = Instance(**{name: fields[name] for name in Instance._fields})
+        known = Instance(**{name: fields[name] for name in Instance._fields if name in fields})
     except (OSError, ValueError, KeyError, TypeError):
         return None
     whole = isinstance(known.pid, int) and isinstance(known.port, int) and known.pid > 0

@@ -1,13 +1,15 @@
-"""Restarts a server with what it ran with; checks first, so that a mistake stops nothing."""
+"""Restarts a server with what it ran with; the new one is ready before the old one is stopped."""
 
 from collections.abc import Sequence
 
 from ..config.settings import Settings
 from .inspection import preferred
+from .launch import Launch
 from .options import StartOptions, require_token, resolve
+from .port_lock import port_lock
 from .ports import check_address, check_free
 from .records import Instance, running_instances
-from .start import start, start_detached
+from .start import announce, start, started
 from .stop import stop_instance
 
 
@@ -26,10 +28,34 @@ def restart(host: str | None, port: int | None, threads: int | None) -> None:
 
 
 def restart_instance(instance: Instance, changes: StartOptions) -> None:
-    """Stop one server and start it again with the changes. Raises RuntimeError, ConfigError."""
+    """Start a server's successor, and stop it when that is ready for its port.
+
+    Raises RuntimeError, ConfigError; the one before goes on then, unless it is the port that fails.
+    """
     settings = planned(instance, changes)
-    stop_instance(instance)
-    start_detached(settings)
+    with port_lock(settings.server.port, settings.limits.start_seconds):
+        replace_all([(instance, settings)])
+
+
+def replace_all(pairs: Sequence[tuple[Instance, Settings]]) -> None:
+    """Prepare the successors of all, then let them take over one after the other.
+
+    Raises RuntimeError; when one cannot be prepared all before go on as they were.
+    """
+    launches: list[Launch] = []
+    try:
+        for _, settings in pairs:
+            announce(settings)
+            launches.append(Launch(settings, replaces=True))
+            launches[-1].wait_prepared()
+        for (instance, settings), launch in zip(pairs, list(launches), strict=True):
+            stop_instance(instance)
+            launches.remove(launch)
+            started(settings, launch.take_over())
+    except BaseException:
+        for launch in launches:
+            launch.kill()
+        raise
 
 
 def planned(instance: Instance, changes: StartOptions) -> Settings:

@@ -8,17 +8,21 @@ from ..config.paths import get_config_dir, log_path, make_private_dir
 from ..config.settings import Settings
 
 
-def spawn(settings: Settings) -> subprocess.Popen:
-    """Return the new process; what it prints goes to the log. Raises OSError."""
+def spawn(settings: Settings, start_id: str, replaces: bool) -> subprocess.Popen:
+    """Return the new process; what it prints goes to the log. Raises OSError.
+
+    One that `replaces` another waits for a line on its standard input before it takes the port.
+    """
     make_private_dir(log_path().parent)
     command = [sys.executable, "-m", "zelvoran_anpr.server.serve", "--detached"]
     command += ["--host", settings.server.host, "--port", str(settings.server.port)]
     command += ["--threads", str(settings.server.threads)]
     command += ["--config", settings.source] if settings.source else []
+    command += ["--start-id", start_id, *(["--replaces"] if replaces else [])]
     with open(log_path(), "ab") as log:
         return subprocess.Popen(
             command,
-            stdin=subprocess.DEVNULL,
+            stdin=subprocess.PIPE if replaces else subprocess.DEVNULL,
             stdout=log,
             stderr=log,
             cwd=get_config_dir(),

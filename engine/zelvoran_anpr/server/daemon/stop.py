@@ -7,7 +7,7 @@ from collections.abc import Sequence
 
 from .identity import process_mark
 from .inspection import find_servers, print_table
-from .records import Instance, running_instances
+from .records import Instance, all_instances, running_instances
 from .signals import kill_tree, send_signal
 
 _POLL_SECONDS = 0.05
@@ -17,14 +17,19 @@ _GRACE_SECONDS = 15
 
 def stop(force: bool, port: int | None, pid: int | None, everything: bool) -> None:
     """Stop the servers that are meant; raises RuntimeError with one line when one goes on."""
-    found = running_instances()
+    found = all_instances()
     if not found and port is None and pid is None:
         print("No ANPR server is running.")
         return
-    problems = [problem for target in _targets(found, port, pid, everything)
-                if (problem := _stop_one(target, force))]  # fmt: skip
+    problems = _problems(_targets(found, port, pid, everything), force)
+    while everything and not problems and (found := all_instances()):
+        problems = _problems(found, force)  # those that were started meanwhile
     if problems:
         raise RuntimeError("; ".join(problems))
+
+
+def _problems(targets: Sequence[Instance], force: bool) -> list[str]:
+    return [problem for target in targets if (problem := _stop_one(target, force))]
 
 
 def stop_instance(target: Instance, force: bool = False) -> None:
@@ -67,7 +72,10 @@ def _stop_one(target: Instance, force: bool) -> str | None:
         return f"The server with PID {target.pid} belongs to another user"
     seconds = _patience(target)
     if not _wait_gone(target, seconds):
-        return f"The server with PID {target.pid} did not stop within {seconds:g} s; use --force"
+        print(f"   It did not end within {seconds:g} s and is killed", flush=True)
+        kill_tree(target.pid, target.mark)
+        if not _wait_gone(target, _GRACE_SECONDS):
+            return f"The server with PID {target.pid} does not stop"
     running_instances()  # clears the record of a killed server
     print(f"✅ ANPR server on port {target.port} stopped (PID: {target.pid})", flush=True)
     return None

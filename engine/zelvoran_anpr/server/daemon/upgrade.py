@@ -1,12 +1,17 @@
-"""Upgrades the package, then restarts what runs; a failed installation changes nothing."""
+"""Upgrades the package, then restarts what runs; when either fails, all is as it was before."""
 
+import contextlib
 import shlex
 import subprocess
 import sys
+from collections.abc import Sequence
 
+from ..config.settings import Settings
 from .options import StartOptions
-from .records import running_instances
-from .restart import planned, restart_instance
+from .port_lock import port_lock
+from .records import Instance, running_instances
+from .restart import planned, replace_all
+from .saved_package import SavedPackage
 
 _DISTRIBUTION = "zelvoran-anpr"
 
@@ -21,13 +26,26 @@ def upgrade(host: str | None, port: int | None, pip_args: str | None) -> None:
     if len(found) > 1 and (host or port):
         raise RuntimeError("Several servers are running; --host and --port would move them all")
     changes = StartOptions(host, port)
-    for instance in found:  # a mistake is told before anything is installed
-        planned(instance, changes)
-    _install(pip_args)
-    for instance in found:
-        restart_instance(instance, changes)
+    # A mistake is told before anything is installed.
+    pairs = [(instance, planned(instance, changes)) for instance in found]
+    with SavedPackage(_DISTRIBUTION) as saved:
+        _install(pip_args)
+        _replace(pairs, saved)
     if not found:
         print("No ANPR server was running; start one with: zv-anpr server start --daemon")
+
+
+def _replace(pairs: Sequence[tuple[Instance, Settings]], saved: SavedPackage) -> None:
+    with contextlib.ExitStack() as locks:
+        for _, settings in pairs:
+            locks.enter_context(port_lock(settings.server.port, settings.limits.start_seconds))
+        try:
+            replace_all(pairs)
+        except RuntimeError as error:
+            back = "the one before is installed again" if saved.restore() else (
+                "the one before could not be put back, install it with pip"
+            )  # fmt: skip
+            raise RuntimeError(f"The new release does not start; {back}: {error}") from None
 
 
 def _install(pip_args: str | None) -> None:

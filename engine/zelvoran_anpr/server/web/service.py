@@ -27,10 +27,11 @@ Work = Callable[[], Awaitable[None]]
 class Service:
     """One server: answers from the first moment, is ready when its models are warm."""
 
-    def __init__(self, settings: Settings, token: str) -> None:
+    def __init__(self, settings: Settings, token: str, on_ready: Callable[[], None]) -> None:
         self.failure: str | None = None
         """One line on why the service could not work, set when `run` has returned."""
         self._state = ServiceState(settings, token)
+        self._on_ready = on_ready
         limits = settings.limits
         crowd = Crowd(affordable_connections(limits.connections))
         self._server = _Server(
@@ -46,6 +47,7 @@ class Service:
                 server_header=False,
                 timeout_graceful_shutdown=int(limits.stop_seconds) + 1,
                 lifespan="off",
+                loop="asyncio",
             ),
             self._load,
             self._state.close,
@@ -54,8 +56,27 @@ class Service:
 
     def run(self, listener: socket.socket) -> None:
         """Serve until stopped. Ctrl+C ends it gracefully and then raises KeyboardInterrupt."""
-        self._server.run(sockets=[listener])
+        asyncio.run(self._server.serve(sockets=[listener]))
         _log.info("stopped")
+
+    def run_prepared(self, take_port: Callable[[], socket.socket]) -> None:
+        """Load first, then serve on the port that `take_port`, which may take long, returns."""
+        asyncio.run(self._prepared(take_port))
+        _log.info("stopped")
+
+    async def _prepared(self, take_port: Callable[[], socket.socket]) -> None:
+        try:
+            await self._state.load()
+            listener = await asyncio.to_thread(take_port)
+        except Exception as error:  # noqa: BLE001  whatever it is, nobody is served
+            self.failure = str(error)
+            await self._state.close()
+            return
+        self._server.loaded = True
+        try:
+            await self._server.serve(sockets=[listener])
+        finally:
+            listener.close()
 
     def stop(self) -> None:
         """Ask for a graceful end; may be called from any thread."""
@@ -63,7 +84,9 @@ class Service:
 
     async def _load(self) -> None:
         try:
-            await self._state.load()
+            if not self._server.loaded:
+                await self._state.load()
+            self._on_ready()
             _log.info("ready: the models are warm")
         except Exception as error:  # noqa: BLE001 (whatever it is, the server must not stay up useless)
             self.failure = f"The recognition models cannot be loaded: {error}"
@@ -76,6 +99,8 @@ class _Server(uvicorn.Server):
 
     def __init__(self, config: uvicorn.Config, load: Work, close: Work, patience: float) -> None:
         super().__init__(config)
+        self.loaded = False
+        """Whether the models were warm before the port was taken."""
         self._load = load
         self._close = close
         self._patience = patience
