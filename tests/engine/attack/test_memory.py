@@ -96,3 +96,20 @@ def test_a_photo_that_takes_more_than_a_reader_may_is_refused_and_the_reader_liv
         assert "memory" in answer.json()["error"]
         assert upload(client, real_numbers(640, 480)).status_code == 200
         assert children & {child.pid for child in psutil.Process(server.pid).children()}
+
+
+def test_a_photo_over_a_limit_above_the_usual_one_is_too_large_and_not_broken(tmp_path):
+    import struct
+    import zlib
+
+    def chunk(kind: bytes, data: bytes) -> bytes:
+        return (
+            struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+        )
+
+    head = chunk(b"IHDR", struct.pack(">IIBBBBB", 20_000, 10_000, 8, 2, 0, 0, 0))
+    photo = b"\x89PNG\r\n\x1a\n" + head + chunk(b"IDAT", b"") + chunk(b"IEND", b"")
+    with running(tmp_path, limits={"megapixels": 160}) as server, server.client() as client:
+        answer = upload(client, photo)
+        assert answer.status_code == 413
+        assert "160 megapixels, and this one has 20000 x 10000" in answer.json()["error"]

@@ -3,6 +3,7 @@
 import logging
 import subprocess
 import sys
+from pathlib import Path
 
 import pytest
 from conftest import jpeg, running, upload
@@ -78,12 +79,13 @@ def test_two_servers_that_share_a_log_lose_no_line_when_it_is_rotated(tmp_path, 
     logs = tmp_path / "logs"
     logs.mkdir()
     code = (
-        "import sys, pathlib; sys.path.insert(0, sys.argv[3]); from test_log import write; "
+        "import sys, pathlib; sys.path[:0] = sys.argv[3:]; from test_log import write; "
         "write(pathlib.Path(sys.argv[1]), 1000, sys.argv[2])"
     )
-    here = str(__file__).rpartition("/")[0]
+    here = Path(__file__).parent
+    folders = [str(here), str(here.parents[1] / "shared")]
     writers = [
-        spawn([sys.executable, "-c", code, str(logs / "server.log"), name, here])
+        spawn([sys.executable, "-c", code, str(logs / "server.log"), name, *folders])
         for name in ("a", "b")
     ]
     assert [writer.wait(60) for writer in writers] == [0, 0]
