@@ -2,9 +2,12 @@
 
 Usage: python bench/accuracy.py PHOTOS [--detector-model NAME] [--ocr-model NAME]
        [--region REGION] [--sets eu,us] [--misses]
+       python bench/accuracy.py --plain FOLDER [--detector-model NAME] ...
 
 PHOTOS holds photos in one folder per set, and plates.csv with the columns
-file,x,y,width,height,text (pixels; one row per labelled plate).
+file,x,y,width,height,text (pixels; one row per labelled plate). Without the columns of a box the
+whole picture is the plate. ECE is the expected calibration error of the confidences, ten bins.
+FOLDER holds pictures without plates: counted is what is found on them all the same.
 """
 
 import argparse
@@ -19,12 +22,13 @@ from pathlib import Path
 from zelvoran_anpr import zelvoran_anpr_from_image_file, zv_anpr_detector_v17, zv_anpr_ocr_v17
 
 MIN_IOU = 0.4  # the labels' boxes have a fixed aspect, so they sit loosely on the plates
+SUFFIXES = (".jpg", ".jpeg", ".png", ".bmp", ".tif", ".tiff")
 FOLDED = str.maketrans("OI", "01")  # letters that many plates print like digits
 
 
 @dataclass
 class Label:
-    box: tuple[float, float, float, float]
+    box: tuple[float, float, float, float] | None  # None: the whole picture
     text: str
 
 
@@ -38,25 +42,47 @@ class Tally:
     times: list[float] = field(default_factory=list)  # ms of wall clock
     cpu_times: list[float] = field(default_factory=list)  # ms, summed over the threads
     misses: list[str] = field(default_factory=list)
+    said: list[tuple[float, bool]] = field(default_factory=list)  # confidence, and whether right
 
 
 def main() -> None:
     options = parse_options()
-    labels = read_labels(options.photos / "plates.csv", options.sets)
     detector = zv_anpr_detector_v17(options.detector_model, backend=options.backend)
     ocr = zv_anpr_ocr_v17(options.ocr_model, options.region, backend=options.backend)
+    if options.plain:
+        print_false_plates(detector, ocr, options.plain)
+    if options.photos:
+        print_accuracy(detector, ocr, options)
+
+
+def print_accuracy(
+    detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, options: argparse.Namespace
+) -> None:
+    labels = read_labels(options.photos / "plates.csv", options.sets)
     warm_up(detector, ocr, options.photos / next(iter(labels)))
     tallies: dict[str, Tally] = defaultdict(Tally)
     for file, expected in labels.items():
-        measure(detector, ocr, options.photos / file, expected, tallies[file.split("/")[0]])
+        subset = file.split("/")[0] if "/" in file else options.photos.name
+        measure(detector, ocr, options.photos / file, expected, tallies[subset])
     print_table(tallies)
     if options.misses:
         print_misses(tallies)
 
 
+def print_false_plates(detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, folder: Path) -> None:
+    files = sorted(file for file in folder.rglob("*") if file.suffix.lower() in SUFFIXES)
+    found = []
+    for file in files:
+        results = zelvoran_anpr_from_image_file(detector, ocr, str(file))["results"]
+        found += [min(result["ocr_conf"], result["ltrb_conf"]) for result in results]
+    print(f"{len(files)} pictures without plates: {len(found) / len(files):.3f} results each,")
+    print(f"{sum(sure > 0.5 for sure in found)} of them with both confidences above 0.5")
+
+
 def parse_options() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("photos", type=Path, help="folder with plates.csv")
+    parser.add_argument("photos", type=Path, nargs="?", help="folder with plates.csv")
+    parser.add_argument("--plain", type=Path, help="folder of pictures without plates")
     parser.add_argument("--detector-model", default="640p_fp32")
     parser.add_argument("--ocr-model", default="fp32")
     parser.add_argument("--region", default="univ")
@@ -72,9 +98,15 @@ def read_labels(path: Path, sets: str | None) -> dict[str, list[Label]]:
     with open(path, encoding="utf-8", newline="") as file:
         for row in csv.DictReader(file):
             if chosen is None or row["file"].split("/")[0] in chosen:
-                x, y, w, h = (float(row[key]) for key in ("x", "y", "width", "height"))
-                labels[row["file"]].append(Label((x, y, x + w, y + h), row["text"]))
+                labels[row["file"]].append(Label(box_of(row), row["text"]))
     return labels
+
+
+def box_of(row: dict[str, str]) -> tuple[float, float, float, float] | None:
+    if "x" not in row:
+        return None
+    x, y, w, h = (float(row[key]) for key in ("x", "y", "width", "height"))
+    return x, y, x + w, y + h
 
 
 def warm_up(detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, photo: Path) -> None:
@@ -95,8 +127,8 @@ def measure(
     left = list(results)
     for label in expected:
         tally.plates += 1
-        best = max(left, key=lambda result: iou(result["ltrb"], label.box), default=None)
-        if best is None or iou(best["ltrb"], label.box) <= MIN_IOU:
+        best = max(left, key=lambda result: overlap(result["ltrb"], label.box), default=None)
+        if best is None or overlap(best["ltrb"], label.box) <= MIN_IOU:
             tally.misses.append(f"{photo.name}: {label.text} not found")
             continue
         left.remove(best)
@@ -109,10 +141,25 @@ def measure(
 def count(tally: Tally, result: dict, label: Label, name: str) -> None:
     tally.found += 1
     tally.strict += result["ocr"] == label.text
-    if result["ocr"].translate(FOLDED) == label.text.translate(FOLDED):
+    right = result["ocr"].translate(FOLDED) == label.text.translate(FOLDED)
+    tally.said.append((result["ocr_conf"], right))
+    if right:
         tally.folded += 1
     else:
         tally.misses.append(f"{name}: {label.text} read {result['ocr']} {result['ocr_conf']:.2f}")
+
+
+def overlap(found: Sequence[float], label: Sequence[float] | None) -> float:
+    """Return the intersection over union; 1 where the whole picture is the plate."""
+    return 1.0 if label is None else iou(found, label)
+
+
+def calibration_error(said: list[tuple[float, bool]]) -> float:
+    bins: dict[int, list[tuple[float, bool]]] = defaultdict(list)
+    for sure, right in said:
+        bins[min(int(sure * 10), 9)].append((sure, right))
+    gaps = (abs(sum(sure - right for sure, right in one)) for one in bins.values())
+    return sum(gaps) / max(len(said), 1)
 
 
 def iou(a: Sequence[float], b: Sequence[float]) -> float:
@@ -125,12 +172,12 @@ def iou(a: Sequence[float], b: Sequence[float]) -> float:
 
 
 def print_table(tallies: dict[str, Tally]) -> None:
-    columns = ("strict", "O=0 I=1", "found", "unlabelled/photo", "ms/photo", "CPU ms/photo")
+    columns = ("strict", "O=0 I=1", "found", "ECE", "unlabelled/photo", "ms/photo", "CPU ms/photo")
     print("| set | photos |", " | ".join(columns), "|")
     print("|---|" + "---:|" * (1 + len(columns)))
     for name, t in sorted(tallies.items()):
         cells = [f"{100 * n / t.plates:.1f} %" for n in (t.strict, t.folded, t.found)]
-        cells.append(f"{t.false / len(t.times):.2f}")
+        cells += [f"{calibration_error(t.said):.3f}", f"{t.false / len(t.times):.2f}"]
         cells += [f"{statistics.median(times):.0f}" for times in (t.times, t.cpu_times)]
         print(f"| {name} | {len(t.times)} |", " | ".join(cells), "|")
 

@@ -6,7 +6,9 @@ The names resolve on first use, so that importing this package costs nothing.
 __all__ = [
     "PhotoTooLarge",
     "PlateBox",
+    "PlateResult",
     "ReadError",
+    "ReadResult",
     "load_image",
     "read_plates",
     "zelvoran_anpr_from_image_file",
@@ -24,6 +26,8 @@ def __getattr__(name: str):
         from . import image_loading as source
     elif name in ("PhotoTooLarge", "ReadError"):
         from . import errors as source
+    elif name in ("PlateResult", "ReadResult"):
+        from . import plate_result as source
     elif name == "PlateBox":
         from . import plate_box as source
     else:
