@@ -12,7 +12,7 @@ from . import quads
 from .model_registry import find_reader, model_path
 from .plate_box import PlateBox
 from .plate_formats import fit_to_format
-from .plate_scripts import allowed, as_written, is_of_one_country
+from .plate_scripts import allowed, as_written, is_of_one_country, without_unread_upper_row
 from .plate_text import PlateText
 from .straighten import straighten
 from .voting import SHORTEST, elected, text_of
@@ -52,6 +52,7 @@ class PlateReader:
             more, _ = self._look(image, box, *_MORE_MARGINS)
             cells = np.concatenate([cells, more])
             text = self._text(cells, region)
+        text = without_unread_upper_row(text)
         if not is_of_one_country(text.text):
             text = self._text(cells, _LATIN_ONLY)
         told = dict(zip(self._groups, map(float, groups[0]), strict=True))

@@ -19,6 +19,8 @@ _ASIAN = re.compile(
 _CHINESE = re.compile(r"[\u4e00-\u9fff][A-Z]\w{5,6}")
 _NO_CHINESE_LETTERS = {"O": "0", "I": "1"}  # Chinese plates leave them out
 _UNSURE = 0.49
+_JAPANESE_LOWER = re.compile(r"[\u3040-\u30ff]?\d{2,4}")
+_LEGIBLE = 0.35  # confidence below which a character of the small upper row is as good as unread
 
 
 @lru_cache(maxsize=32)
@@ -55,6 +57,22 @@ def as_written(read: PlateText, region: str) -> PlateText:
     if region_group(region) == "cn" and read.text.isascii():
         return read.at_most(_UNSURE)
     return read
+
+
+def without_unread_upper_row(read: PlateText) -> PlateText:
+    """Return a Japanese plate's large lower row where its small upper row cannot be read.
+
+    It is never sure: a part of the text is missing.
+    """
+    upper = [sure for sure, row in zip(read.confidences, read.rows, strict=False) if row == 0]
+    if not upper or min(upper) >= _LEGIBLE or not any(_script(c) == "kana" for c in read.text):
+        return read
+    start = len(upper)
+    lower = read.text[start:]
+    if not _JAPANESE_LOWER.fullmatch(lower) or min(read.confidences[start:]) < _LEGIBLE:
+        return read
+    kept = replace(read, text=lower, confidences=read.confidences[start:], rows=read.rows[start:])
+    return kept.at_most(_UNSURE)
 
 
 def _script(character: str) -> str:

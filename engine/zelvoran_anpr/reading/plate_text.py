@@ -8,13 +8,15 @@ class PlateText:
     """Plate text without separators, and one confidence (0..1) per character.
 
     `candidates` are the texts that the looks voted for with the share of the votes (0..1), the
-    chosen one first. `groups` tells how much (0..1) it looks like plates of each region group.
+    chosen one first. `groups` tells how much (0..1) it looks like plates of each region group,
+    `rows` for each character whether it stands in the upper (0) or the lower (1) half.
     """
 
     text: str
     confidences: tuple[float, ...]
     candidates: tuple[tuple[str, float], ...] = field(default=(), compare=False)
     groups: dict[str, float] = field(default_factory=dict, compare=False)
+    rows: tuple[int, ...] = field(default=(), compare=False)
 
     @property
     def confidence(self) -> float:

@@ -14,7 +14,7 @@ _MOST_NOTHING = 0.5  # weight of all of them: what one look reads is not undone 
 
 
 def text_of(cells: np.ndarray, characters: str) -> PlateText:
-    """Return the text of cells x classes probabilities.
+    """Return the text of cells x classes probabilities; the first half of them is the upper row.
 
     Neighbouring cells of one class are one character, as sure as the surest of them.
     """
@@ -24,7 +24,8 @@ def text_of(cells: np.ndarray, characters: str) -> PlateText:
     kept = [(start, end) for start, end in runs if best[start] != _GAP]
     text = "".join(characters[best[start] - 1] for start, _ in kept)
     sure = tuple(float(cells[start:end, best[start]].max()) for start, end in kept)
-    return PlateText(text, sure)
+    rows = tuple(int(2 * start >= len(best)) for start, _ in kept)
+    return PlateText(text, sure, rows=rows)
 
 
 def elected(readings: list[PlateText]) -> PlateText:
@@ -39,7 +40,8 @@ def elected(readings: list[PlateText]) -> PlateText:
     sure = np.mean([reading.confidences for reading in agreeing], axis=0) * share
     total = sum(weights.values()) or 1.0
     candidates = tuple((text, weights[text] / total) for text in ranked)
-    return PlateText(ranked[0], tuple(map(float, sure)) if ranked[0] else (), candidates)
+    sure = tuple(map(float, sure)) if ranked[0] else ()
+    return PlateText(ranked[0], sure, candidates, rows=agreeing[0].rows)
 
 
 def _weight(text: str, same: list[PlateText]) -> float:

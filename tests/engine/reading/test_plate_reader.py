@@ -58,6 +58,10 @@ def test_a_character_is_as_sure_as_its_surest_cell():
     assert (text.text, text.confidences, text.confidence) == ("A1", (0.9, 0.8), 0.8)
 
 
+def test_the_first_half_of_the_cells_is_the_upper_row():
+    assert voting.text_of(_cells("A1_B_2__", {}), "AB12").rows == (0, 0, 0, 1)
+
+
 def test_no_text_has_no_confidence():
     text = voting.text_of(_cells("____", {}), "AB12")
     assert (text.text, text.confidences, text.confidence) == ("", (), 0.0)

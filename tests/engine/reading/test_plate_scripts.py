@@ -60,3 +60,23 @@ def test_china_strikes_out_o_and_i():
 
 def test_a_japanese_plate_whose_upper_row_is_unread_is_one_of_japan():
     assert plate_scripts.is_of_one_country("さ1234")
+
+
+def _japanese(upper: float, lower: float) -> PlateText:
+    return PlateText("品川500さ1234", (upper,) * 5 + (lower,) * 5, rows=(0,) * 5 + (1,) * 5)
+
+
+def test_a_japanese_upper_row_that_cannot_be_read_is_left_out_and_the_rest_is_unsure():
+    text = plate_scripts.without_unread_upper_row(_japanese(0.2, 0.9))
+    assert (text.text, text.confidence, text.rows) == ("さ1234", 0.49, (1,) * 5)
+
+
+@pytest.mark.parametrize(("upper", "lower"), [(0.5, 0.9), (0.2, 0.2)])
+def test_else_a_japanese_plate_stays_whole(upper, lower):
+    read = _japanese(upper, lower)
+    assert plate_scripts.without_unread_upper_row(read) is read
+
+
+def test_a_latin_plate_of_two_rows_stays_whole():
+    read = PlateText("AB1234", (0.1, 0.9, 0.9, 0.9, 0.9, 0.9), rows=(0, 0, 1, 1, 1, 1))
+    assert plate_scripts.without_unread_upper_row(read) is read
