@@ -1,5 +1,6 @@
 #include "base/files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -32,16 +33,17 @@ File open(const fs::path& path) {
 
 }  // namespace
 
-std::string read_file(const fs::path& path) {
+std::string read_file(const fs::path& path, std::size_t most) {
   const File file = open(path);
   std::string data;
   std::error_code not_known;
   const auto size = fs::file_size(path, not_known);
-  if (!not_known) data.reserve(size);
+  if (!not_known) data.reserve(std::min<std::uintmax_t>(size, most));
   char chunk[1 << 16];
-  for (std::size_t count = 0; (count = std::fread(chunk, 1, sizeof chunk, file.get())) > 0;) {
-    data.append(chunk, count);
+  for (std::size_t count = 1; count > 0 && data.size() < most;) {
     check_interrupt();
+    count = std::fread(chunk, 1, std::min(sizeof chunk, most - data.size()), file.get());
+    data.append(chunk, count);
   }
   if (std::ferror(file.get()) == 0) return data;
   const int problem = errno;

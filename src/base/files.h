@@ -7,8 +7,8 @@
 
 namespace zv {
 
-// Throws Error with the OS text and the path, and Interrupted for Ctrl+C while it waits.
-std::string read_file(const std::filesystem::path& path);
+// The first `most` bytes. Throws Error with the OS text and the path, and Interrupted for Ctrl+C.
+std::string read_file(const std::filesystem::path& path, std::size_t most = std::string::npos);
 // Creates or replaces, all or nothing: the data is written beside the file, flushed to the disk and
 // moved over it. Mode, owner and links stay. What is no file of its own (a device, a pipe, a name
 // of several) is written in place. Throws Error with the OS text and the path, and Interrupted.

@@ -1,14 +1,49 @@
 #include "base/output_stream.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <utility>
 
 #include "base/unicode.h"
 
 namespace zv {
 
-OutputStream::OutputStream(std::FILE* file) : std::ostream(nullptr), buffer_(file) {
+namespace {
+
+// Where a stream keeps whether it is a terminal.
+int terminal_mark() {
+  static const int mark = std::ios_base::xalloc();
+  return mark;
+}
+
+std::string without_controls(std::string_view text) {
+  std::string shown;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t start = at;
+    const std::uint32_t point = next_code_point(text, at);
+    const bool control = point < 0x20 || (point >= 0x7F && point < 0xA0);
+    if (!control || point == '\n' || point == '\t') {
+      shown.append(text.substr(start, at - start));
+    } else {
+      constexpr char DIGITS[] = "0123456789abcdef";
+      shown.append({'\\', 'x', DIGITS[point >> 4], DIGITS[point & 15]});
+    }
+  }
+  return shown;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& stream, const Foreign& foreign) {
+  if (stream.iword(terminal_mark()) == 0) return stream << foreign.text;
+  for (const char c : foreign.text) c == '\n' ? stream << "\\n" : stream << c;
+  return stream;
+}
+
+OutputStream::OutputStream(std::FILE* file, bool terminal)
+    : std::ostream(nullptr), buffer_(file, terminal) {
   rdbuf(&buffer_);
+  iword(terminal_mark()) = terminal ? 1 : 0;
   exceptions(std::ios::badbit);  // lets OutputClosed out of operator<<
 }
 
@@ -31,7 +66,8 @@ int OutputStream::Buffer::sync() {
 }
 
 void OutputStream::Buffer::write_out() {
-  const std::string text = escape_invalid(std::exchange(pending_, {}));
+  std::string text = escape_invalid(std::exchange(pending_, {}));
+  if (terminal) text = without_controls(text);
   if (text.empty() || failure != 0) return;
   errno = 0;
   const bool written =

@@ -1,10 +1,12 @@
-// Standard output and standard error as streams: flushed at every line end, always valid UTF-8.
+// Standard output and standard error as streams: flushed at every line end, always valid UTF-8, and
+// on a terminal without control characters but for line ends and tabs.
 #pragma once
 
 #include <cstdio>
 #include <ostream>
 #include <streambuf>
 #include <string>
+#include <string_view>
 
 namespace zv {
 
@@ -12,9 +14,16 @@ namespace zv {
 // tell.
 class OutputClosed {};
 
+// Text of others within a line of ours: a file's name, a plate, an answer. On a terminal its line
+// breaks are shown as escapes, so that it cannot pass for a line of the program.
+struct Foreign {
+  std::string_view text;
+};
+std::ostream& operator<<(std::ostream& stream, const Foreign& foreign);
+
 class OutputStream : public std::ostream {
  public:
-  explicit OutputStream(std::FILE* file);
+  explicit OutputStream(std::FILE* file, bool terminal = false);
 
   // errno of the first write that failed, 0 while all is well. Output after it is dropped, so that
   // the work itself goes on.
@@ -23,7 +32,7 @@ class OutputStream : public std::ostream {
  private:
   class Buffer : public std::streambuf {
    public:
-    explicit Buffer(std::FILE* target) : file(target) {}
+    Buffer(std::FILE* target, bool is_terminal) : file(target), terminal(is_terminal) {}
     int failure = 0;
 
    protected:
@@ -34,6 +43,7 @@ class OutputStream : public std::ostream {
    private:
     void write_out();
     std::FILE* file;
+    bool terminal;
     std::string pending_;
   };
 

@@ -1,6 +1,7 @@
 // What the console needs before the first byte is written; differs between systems.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@ namespace zv::cli {
 void prepare_console();
 // The words of the command line as UTF-8 (POSIX: the bytes that were given).
 std::vector<std::string> command_line_words(int count, char** words);
+bool is_terminal(std::FILE* stream);
 // Ends the process the way one ends whose reader has gone away.
 [[noreturn]] void end_unread();
 

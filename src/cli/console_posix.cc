@@ -23,6 +23,10 @@ std::vector<std::string> command_line_words(int count, char** words) {
   return {words + 1, words + std::max(count, 1)};
 }
 
+bool is_terminal(std::FILE* stream) {
+  return isatty(fileno(stream)) != 0;
+}
+
 void end_unread() {
   std::signal(SIGPIPE, SIG_DFL);
   std::raise(SIGPIPE);

@@ -1,3 +1,4 @@
+#include <io.h>
 #include <shellapi.h>
 #include <windows.h>
 
@@ -29,6 +30,10 @@ std::vector<std::string> command_line_words(int, char**) {
   for (int i = 1; i < count; ++i) words.push_back(utf8(wide[i]));
   LocalFree(wide);
   return words;
+}
+
+bool is_terminal(std::FILE* stream) {
+  return _isatty(_fileno(stream)) != 0;
 }
 
 void end_unread() {

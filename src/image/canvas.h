@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string_view>
 
-#include "image/colour.h"
 #include "image/font.h"
 #include "image/picture.h"
 

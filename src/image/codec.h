@@ -1,9 +1,10 @@
-// What every codec file offers to decode.cc and encode.cc. A decoder reads from the start of the
-// file, returns the pixels as stored and says how they must be turned; all throw Error.
+// What every codec file offers to image_file.cc: from the bytes of a whole file to pixels as they
+// are stored, and back. All throw Error, and Interrupted for Ctrl+C.
 #pragma once
 
-#include "image/input_file.h"
-#include "image/output_file.h"
+#include <string>
+#include <string_view>
+
 #include "image/picture.h"
 
 namespace zv::image {
@@ -11,18 +12,19 @@ namespace zv::image {
 struct Decoded {
   Picture picture;
   int orientation = 1;  // as in EXIF, 1 (upright) to 8
+  std::string damage;   // why a part of the picture is missing; empty for a whole one
 };
 
-inline constexpr char kTruncated[] = "image file is truncated";
+inline constexpr char TRUNCATED[] = "image file is truncated";
 
-Decoded decode_jpeg(InputFile& file);
-Decoded decode_png(InputFile& file);
-Decoded decode_bmp(InputFile& file);
-Decoded decode_tiff(InputFile& file);
+Decoded decode_jpeg(std::string_view file);
+Decoded decode_png(std::string_view file);
+Decoded decode_bmp(std::string_view file);
+Decoded decode_tiff(std::string_view file);
 
-void encode_jpeg(const Picture& picture, OutputFile& file);
-void encode_png(const Picture& picture, OutputFile& file);
-void encode_bmp(const Picture& picture, OutputFile& file);
-void encode_tiff(const Picture& picture, OutputFile& file);
+std::string encode_jpeg(const Picture& picture);
+std::string encode_png(const Picture& picture);
+std::string encode_bmp(const Picture& picture);
+std::string encode_tiff(const Picture& picture);
 
 }  // namespace zv::image

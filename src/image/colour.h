@@ -1,13 +1,10 @@
 // Sample arithmetic shared by the codecs.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace zv::image {
-
-using Rgb = std::array<std::uint8_t, 3>;
 
 // a * b / 255, rounded to nearest, for a and b in 0..255.
 constexpr std::uint8_t scale_by(unsigned a, unsigned b) {

@@ -24,6 +24,9 @@ struct TextBox {
 
 // The ink of a line: how much of each pixel of the box is covered, 0 to 255, rows from the top.
 struct TextMask {
+  explicit TextMask(const TextBox& size)
+      : box(size), coverage(static_cast<std::size_t>(size.width() * size.height())) {}
+
   TextBox box;
   std::vector<std::uint8_t> coverage;
 
@@ -37,7 +40,8 @@ struct TextMask {
 class Font {
  public:
   virtual ~Font() = default;
-  // The texts are UTF-8; a character without a glyph shows as the font's box.
+  // The texts are UTF-8; a character without a glyph shows as the font's box. Both throw Error for
+  // a glyph that cannot be drawn.
   virtual TextBox text_box(std::string_view utf8) const = 0;
   virtual TextMask render(std::string_view utf8) const = 0;
 };

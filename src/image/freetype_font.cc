@@ -9,8 +9,8 @@
 
 #include "base/error.h"
 #include "base/unicode.h"
+#include "base/value_text.h"
 #include "image/colour.h"
-#include "image/file_error.h"
 #include "image/font.h"
 
 namespace zv::image {
@@ -24,14 +24,14 @@ struct CloseFace {
 };
 
 // FreeType counts in 64ths of a pixel.
-int round_to_pixel(FT_Pos position) {
-  return static_cast<int>((position + 32) >> 6);
-}
 int floor_to_pixel(FT_Pos position) {
   return static_cast<int>(position >> 6);
 }
+int round_to_pixel(FT_Pos position) {
+  return floor_to_pixel(position + 32);
+}
 int ceil_to_pixel(FT_Pos position) {
-  return static_cast<int>((position + 63) >> 6);
+  return floor_to_pixel(position + 63);
 }
 
 class FreeTypeFont : public Font {
@@ -42,11 +42,12 @@ class FreeTypeFont : public Font {
     library_.reset(library);
     FT_Face face = nullptr;
     if (FT_New_Face(library, path.string().c_str(), 0, &face) != 0) {
-      throw Error("cannot open font " + quoted(path));
+      throw Error("cannot open font " + quoted_text(path.string()));
     }
     face_.reset(face);
-    if (FT_Set_Pixel_Sizes(face, 0, pixels) != 0)
-      throw Error("font without outlines " + quoted(path));
+    if (FT_Set_Pixel_Sizes(face, 0, pixels) != 0) {
+      throw Error("font without outlines " + quoted_text(path.string()));
+    }
   }
 
   TextBox text_box(std::string_view utf8) const override {
@@ -61,16 +62,21 @@ class FreeTypeFont : public Font {
   }
 
   TextMask render(std::string_view utf8) const override {
-    TextMask mask{text_box(utf8), {}};
-    mask.coverage.resize(static_cast<std::size_t>(mask.box.width()) *
-                         static_cast<std::size_t>(mask.box.height()));
+    TextMask mask(text_box(utf8));
     for_each_glyph(utf8, [&](int x) {
-      if (FT_Render_Glyph(face_->glyph, FT_RENDER_MODE_NORMAL) == 0) add_bitmap(mask, x);
+      check(FT_Render_Glyph(face_->glyph, FT_RENDER_MODE_NORMAL));
+      add_bitmap(mask, x);
     });
     return mask;
   }
 
  private:
+  // After a failure the glyph is in no state to be looked at.
+  static void check(FT_Error error) {
+    if (error != 0)
+      throw Error("a label cannot be drawn (font error " + std::to_string(error) + ")");
+  }
+
   int ascender() const { return round_to_pixel(face_->size->metrics.ascender); }
 
   // Visits each glyph, loaded and hinted, with its place; answers where the line ends, in 64ths.
@@ -80,7 +86,7 @@ class FreeTypeFont : public Font {
     for (std::size_t at = 0; at < utf8.size();) {
       const FT_UInt glyph = FT_Get_Char_Index(face_.get(), next_code_point(utf8, at));
       x += kerning(previous, glyph);
-      if (FT_Load_Glyph(face_.get(), glyph, FT_LOAD_DEFAULT | FT_LOAD_NO_BITMAP) != 0) continue;
+      check(FT_Load_Glyph(face_.get(), glyph, FT_LOAD_DEFAULT | FT_LOAD_NO_BITMAP));
       visit(round_to_pixel(x));
       x += face_->glyph->metrics.horiAdvance;
       previous = glyph;

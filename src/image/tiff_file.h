@@ -1,4 +1,4 @@
-// A TIFF handle over this room's files that prints nothing. Only the tiff_*.cc files may include
+// A TIFF file in memory, open for libtiff, that prints nothing. Only the tiff_*.cc files include
 // it.
 #pragma once
 
@@ -6,42 +6,49 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
-#include "image/input_file.h"
-#include "image/output_file.h"
+#include "image/picture.h"
 
 namespace zv::image {
 
 class TiffFile {
  public:
-  // Both throw Error when the handle cannot be made, as with a header that makes no sense.
-  explicit TiffFile(InputFile& file);
-  explicit TiffFile(OutputFile& file);
-
+  // Throws Error for a header that makes no sense.
+  explicit TiffFile(std::string_view bytes);
   TiffFile(const TiffFile&) = delete;
   TiffFile& operator=(const TiffFile&) = delete;
 
   TIFF* get() const { return handle_.get(); }
-
   // A field's value, or what the format says holds without it.
-  std::uint16_t short_field(std::uint32_t tag) const;
-  std::uint32_t long_field(std::uint32_t tag) const;
-
-  // The library's first complaint, with the system's reason or "truncated" in its place when the
-  // file itself gave out.
+  template <class Number>
+  Number field(std::uint32_t tag) const {
+    Number value = 0;
+    TIFFGetFieldDefaulted(get(), tag, &value);
+    return value;
+  }
+  // The library's first complaint, or "truncated" when the file gave out.
   [[noreturn]] void fail() const;
 
  private:
   struct Close {
     void operator()(TIFF* tiff) const { TIFFClose(tiff); }
   };
-  void open(const char* mode, void* client, TIFFReadWriteProc read, TIFFReadWriteProc write,
-            TIFFSeekProc seek, TIFFSizeProc size);
+  static tmsize_t read(void* self, void* to, tmsize_t count);
+  static toff_t seek(void* self, toff_t offset, int whence);
+  static int keep_first(TIFF*, void* self, const char*, const char* format, va_list arguments);
 
-  InputFile* input_ = nullptr;
-  OutputFile* output_ = nullptr;
+  std::string_view bytes_;
+  std::uint64_t position_ = 0;
+  bool ran_out_ = false;
   char message_[160] = {};
   std::unique_ptr<TIFF, Close> handle_;
 };
+
+// Of the layouts that the library's own conversion refuses, or rounds otherwise than the engine
+// does: inks, measurements of 16 and 32 bits, colours of less than 8.
+bool needs_samples(const TiffFile& file);
+// Paints all of a picture of the file's size. Throws Error.
+void paint_samples(const TiffFile& file, Picture& picture);
 
 }  // namespace zv::image

@@ -1,145 +1,186 @@
-#include "image/tiff_samples.h"
-
+// The samples of a TIFF picture, from the strips or tiles where they lie, to RGB.
 #include <algorithm>
 #include <cstring>
-#include <string>
 
 #include "base/error.h"
+#include "base/interrupt.h"
+#include "image/codec.h"
+#include "image/colour.h"
+#include "image/tiff_file.h"
 
 namespace zv::image {
 namespace {
 
-std::size_t samples_needed(std::uint16_t meaning) {
-  switch (meaning) {
-    case PHOTOMETRIC_RGB:
-      return 3;
-    case PHOTOMETRIC_SEPARATED:
-      return 4;
-    default:
-      return 1;
+// The most one block may need: every pixel allowed, with four samples of 16 bits.
+constexpr std::uint64_t MAX_BLOCK_BYTES = MAX_PIXELS * 8;
+
+// How the samples are stored and what they mean, and how they are cut into strips or tiles. A
+// picture of separate planes has each block once for each of them.
+struct Layout {
+  explicit Layout(const TiffFile& file);
+
+  std::size_t wanted() const {
+    return meaning == PHOTOMETRIC_SEPARATED ? 4 : meaning == PHOTOMETRIC_RGB ? 3 : 1;
   }
+  std::size_t planes() const { return separate ? wanted() : 1; }
+  std::uint8_t sample(const std::uint8_t* row, std::size_t index) const;
+  void convert(const std::uint8_t* row, std::size_t x, std::uint8_t* rgb) const;
+
+  std::size_t per_pixel;
+  std::uint32_t bits;
+  std::uint16_t format;   // whole, signed or real numbers
+  std::uint16_t meaning;  // libtiff's photometric interpretation
+  bool separate;
+  bool tiled;
+  std::uint64_t width;
+  std::uint64_t height;
+  std::size_t row_bytes = 0;
+  std::size_t plane_bytes = 0;
+};
+
+bool showable(const Layout& layout) {
+  const bool grey =
+      layout.meaning == PHOTOMETRIC_MINISBLACK || layout.meaning == PHOTOMETRIC_MINISWHITE;
+  const bool known =
+      grey || layout.meaning == PHOTOMETRIC_RGB || layout.meaning == PHOTOMETRIC_SEPARATED;
+  const bool whole = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
+  const std::uint32_t bits = layout.bits;
+  const bool depth = whole ? bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16 : false;
+  return known && layout.per_pixel >= layout.wanted() &&
+         (depth || (bits == 32 && layout.meaning == PHOTOMETRIC_MINISBLACK));
 }
 
-bool showable(std::uint16_t meaning, unsigned bits, std::size_t samples) {
-  const bool known = meaning == PHOTOMETRIC_MINISBLACK || meaning == PHOTOMETRIC_MINISWHITE ||
-                     meaning == PHOTOMETRIC_RGB || meaning == PHOTOMETRIC_PALETTE ||
-                     meaning == PHOTOMETRIC_SEPARATED;
-  const bool depth = bits == 1 || bits == 2 || bits == 4 || bits == 8 ||
-                     (bits == 16 && meaning != PHOTOMETRIC_PALETTE) ||
-                     (bits == 32 && meaning == PHOTOMETRIC_MINISBLACK);
-  return known && depth && samples >= samples_needed(meaning);
-}
-
-bool colours_multiplied(const TiffFile& file) {
-  std::uint16_t count = 0;
-  std::uint16_t* kinds = nullptr;
-  TIFFGetFieldDefaulted(file.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds);
-  return count > 0 && kinds != nullptr && kinds[0] == EXTRASAMPLE_ASSOCALPHA;
-}
-
-std::uint8_t divided(unsigned value, unsigned alpha) {
-  return alpha == 0 ? 0 : static_cast<std::uint8_t>(std::min(255U, value * 255 / alpha));
+Layout::Layout(const TiffFile& file)
+    : per_pixel(file.field<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL)),
+      bits(file.field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE)),
+      format(file.field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT)),
+      meaning(file.field<std::uint16_t>(TIFFTAG_PHOTOMETRIC)),
+      separate(file.field<std::uint16_t>(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE),
+      tiled(TIFFIsTiled(file.get()) != 0),
+      width(file.field<std::uint32_t>(tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_IMAGEWIDTH)),
+      height(file.field<std::uint32_t>(tiled ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP)) {
+  if (!showable(*this)) {
+    throw Error("unsupported TIFF layout (colour space " + std::to_string(meaning) + ", " +
+                std::to_string(per_pixel) + " x " + std::to_string(bits) + " bits)");
+  }
+  if (!tiled)
+    height = std::min<std::uint64_t>(height, file.field<std::uint32_t>(TIFFTAG_IMAGELENGTH));
+  check_size(width, height);
+  row_bytes = (width * (separate ? 1 : per_pixel) * bits + 7) / 8;
+  plane_bytes = row_bytes * height;
+  const auto row = tiled ? TIFFTileRowSize64(file.get()) : TIFFScanlineSize64(file.get());
+  if (row_bytes != row) throw Error("broken TIFF file: unexpected row size");
+  if (plane_bytes * planes() > MAX_BLOCK_BYTES) {
+    throw Error("TIFF file with a strip or tile too large to decode");
+  }
 }
 
 // Measurements without a natural white: what lies outside 0 to 255 is cut off.
 template <class Number>
-std::uint8_t cut(Number value) {
+std::uint8_t cut(const std::uint8_t* from) {
+  Number value;
+  std::memcpy(&value, from, sizeof value);
   if (!(value > Number{0})) return 0;  // not-a-number, too
   return value < Number{255} ? static_cast<std::uint8_t>(value) : 255;
 }
 
-template <class Number, class ToByte>
-void unpack_numbers(const std::uint8_t* packed, std::size_t count, std::uint8_t* to,
-                    std::size_t step, ToByte to_byte) {
-  for (std::size_t i = 0; i < count; ++i, packed += sizeof(Number), to += step) {
-    Number value;
-    std::memcpy(&value, packed, sizeof value);
-    *to = to_byte(value);
+std::uint8_t Layout::sample(const std::uint8_t* row, std::size_t index) const {
+  const std::uint8_t* at = row + index * bits / 8;
+  if (bits == 8) return *at;
+  if (bits < 8) {
+    const std::uint32_t most = (1U << bits) - 1;
+    return static_cast<std::uint8_t>((*at >> (8 - bits - index * bits % 8) & most) * (255 / most));
+  }
+  if (bits == 16) {
+    std::uint16_t value = 0;
+    std::memcpy(&value, at, sizeof value);
+    return narrow_sample(value);
+  }
+  if (format == SAMPLEFORMAT_IEEEFP) return cut<float>(at);
+  return format == SAMPLEFORMAT_INT ? cut<std::int32_t>(at) : cut<std::uint32_t>(at);
+}
+
+void Layout::convert(const std::uint8_t* row, std::size_t x, std::uint8_t* rgb) const {
+  std::uint8_t samples[4] = {};
+  for (std::size_t i = 0; i < wanted(); ++i) {
+    samples[i] = separate ? sample(row + i * plane_bytes, x) : sample(row, x * per_pixel + i);
+  }
+  if (meaning == PHOTOMETRIC_SEPARATED)
+    cmyk_to_rgb(samples, rgb);
+  else if (meaning == PHOTOMETRIC_RGB)
+    std::copy_n(samples, 3, rgb);
+  else
+    std::fill_n(rgb, 3,
+                meaning == PHOTOMETRIC_MINISWHITE ? static_cast<std::uint8_t>(255 - samples[0])
+                                                  : samples[0]);
+}
+
+// Where a block and its rows lie in the picture.
+struct Block {
+  std::uint32_t x;
+  std::uint32_t y;
+  std::uint64_t columns;
+  std::uint64_t rows;
+};
+
+void read(const TiffFile& file, const Layout& layout, const Block& block, Bytes& to) {
+  const std::uint64_t rows = layout.tiled ? layout.height : block.rows;
+  const auto size = static_cast<tmsize_t>(layout.row_bytes * rows);
+  for (std::size_t i = 0; i < layout.planes(); ++i) {
+    const auto plane = static_cast<std::uint16_t>(i);
+    std::uint8_t* place = to.data() + i * layout.plane_bytes;
+    const tmsize_t got =
+        layout.tiled
+            ? TIFFReadEncodedTile(
+                  file.get(), TIFFComputeTile(file.get(), block.x, block.y, 0, plane), place, size)
+            : TIFFReadEncodedStrip(file.get(), TIFFComputeStrip(file.get(), block.y, plane), place,
+                                   size);
+    if (got < 0) file.fail();
+    if (got != size) throw Error(TRUNCATED);
   }
 }
 
-void unpack_wide(std::uint16_t format, const std::uint8_t* packed, std::size_t count,
-                 std::uint8_t* to, std::size_t step) {
-  if (format == SAMPLEFORMAT_IEEEFP)
-    unpack_numbers<float>(packed, count, to, step, cut<float>);
-  else if (format == SAMPLEFORMAT_INT)
-    unpack_numbers<std::int32_t>(packed, count, to, step, cut<std::int32_t>);
-  else
-    unpack_numbers<std::uint32_t>(packed, count, to, step, cut<std::uint32_t>);
-}
-
-void unpack_small(unsigned bits, unsigned scale, const std::uint8_t* packed, std::size_t count,
-                  std::uint8_t* to, std::size_t step) {
-  const unsigned per_byte = 8 / bits;
-  const unsigned mask = (1U << bits) - 1;
-  for (std::size_t i = 0; i < count; ++i, to += step) {
-    const auto shift = static_cast<unsigned>(per_byte - 1 - i % per_byte) * bits;
-    *to = static_cast<std::uint8_t>((packed[i / per_byte] >> shift & mask) * scale);
+void paint(const Layout& layout, const Block& block, const Bytes& from, Picture& picture) {
+  for (std::uint64_t y = 0; y < block.rows; ++y) {
+    std::uint8_t* pixel = picture.pixel(static_cast<int>(block.x), static_cast<int>(block.y + y));
+    for (std::uint64_t x = 0; x < block.columns; ++x, pixel += 3) {
+      layout.convert(from.data() + y * layout.row_bytes, x, pixel);
+    }
   }
 }
 
 }  // namespace
 
-TiffSamples::TiffSamples(const TiffFile& file)
-    : per_pixel_(file.short_field(TIFFTAG_SAMPLESPERPIXEL)),
-      bits_(file.short_field(TIFFTAG_BITSPERSAMPLE)),
-      format_(file.short_field(TIFFTAG_SAMPLEFORMAT)),
-      meaning_(file.short_field(TIFFTAG_PHOTOMETRIC)) {
-  // Pictures that libjpeg has turned to RGB on the way keep their old label.
-  if (meaning_ == PHOTOMETRIC_YCBCR) meaning_ = PHOTOMETRIC_RGB;
-  const bool whole = format_ == SAMPLEFORMAT_UINT || format_ == SAMPLEFORMAT_VOID;
-  if (!(whole || bits_ == 32) || !showable(meaning_, bits_, per_pixel_)) {
-    throw Error("unsupported TIFF layout (colour space " + std::to_string(meaning_) + ", " +
-                std::to_string(per_pixel_) + " x " + std::to_string(bits_) + " bits)");
+bool needs_samples(const TiffFile& file) {
+  const auto bits = file.field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE);
+  if (file.field<std::uint16_t>(TIFFTAG_COMPRESSION) == COMPRESSION_OJPEG) return false;
+  switch (file.field<std::uint16_t>(TIFFTAG_PHOTOMETRIC)) {
+    case PHOTOMETRIC_SEPARATED:
+      return true;
+    case PHOTOMETRIC_RGB:
+      return bits < 8;
+    case PHOTOMETRIC_MINISBLACK:
+    case PHOTOMETRIC_MINISWHITE:
+      return bits > 8;
+    default:
+      return false;
   }
-  multiplied_ = meaning_ == PHOTOMETRIC_RGB && per_pixel_ > 3 && colours_multiplied(file);
-  if (meaning_ == PHOTOMETRIC_PALETTE) read_palette(file);
 }
 
-void TiffSamples::read_palette(const TiffFile& file) {
-  std::uint16_t* channels[3] = {};
-  if (TIFFGetField(file.get(), TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) == 0) {
-    throw Error("broken TIFF file: the palette is missing");
-  }
-  palette_.resize(std::size_t{1} << bits_);
-  for (std::size_t i = 0; i < palette_.size(); ++i) {
-    for (std::size_t c = 0; c < 3; ++c) {
-      palette_[i][c] = static_cast<std::uint8_t>(channels[c][i] >> 8);
+void paint_samples(const TiffFile& file, Picture& picture) {
+  const Layout layout(file);
+  Bytes bytes(layout.plane_bytes * layout.planes());
+  const auto width = static_cast<std::uint64_t>(picture.width);
+  const auto height = static_cast<std::uint64_t>(picture.height);
+  for (std::uint64_t y = 0; y < height; y += layout.height) {
+    for (std::uint64_t x = 0; x < width; x += layout.width) {
+      check_interrupt();
+      const Block block{static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
+                        std::min(layout.width, width - x), std::min(layout.height, height - y)};
+      read(file, layout, block, bytes);
+      paint(layout, block, bytes, picture);
     }
   }
-}
-
-void TiffSamples::unpack(const std::uint8_t* packed, std::size_t count, std::uint8_t* to,
-                         std::size_t step) const {
-  if (bits_ == 32) return unpack_wide(format_, packed, count, to, step);
-  if (bits_ == 16) return unpack_numbers<std::uint16_t>(packed, count, to, step, narrow_sample);
-  const unsigned scale = meaning_ == PHOTOMETRIC_PALETTE ? 1 : 255 / ((1U << bits_) - 1);
-  unpack_small(bits_, scale, packed, count, to, step);
-}
-
-void TiffSamples::convert_pixel(const std::uint8_t* samples, std::uint8_t* rgb) const {
-  switch (meaning_) {
-    case PHOTOMETRIC_RGB:
-      std::copy_n(samples, 3, rgb);
-      if (!multiplied_ || samples[3] == 255) return;
-      for (int c = 0; c < 3; ++c) rgb[c] = divided(samples[c], samples[3]);
-      return;
-    case PHOTOMETRIC_SEPARATED:
-      return cmyk_to_rgb(samples, rgb);
-    case PHOTOMETRIC_PALETTE:
-      std::copy_n(palette_[samples[0]].data(), 3, rgb);
-      return;
-    case PHOTOMETRIC_MINISWHITE:
-      std::fill_n(rgb, 3, static_cast<std::uint8_t>(255 - samples[0]));
-      return;
-    default:
-      std::fill_n(rgb, 3, samples[0]);
-  }
-}
-
-void TiffSamples::convert(const std::uint8_t* samples, std::size_t pixels,
-                          std::uint8_t* rgb) const {
-  for (std::size_t i = 0; i < pixels; ++i) convert_pixel(samples + i * per_pixel_, rgb + i * 3);
 }
 
 }  // namespace zv::image

@@ -4,13 +4,14 @@
 #include "base/files.h"
 #include "base/interrupt.h"
 #include "base/json.h"
+#include "base/output_stream.h"
 #include "base/value_text.h"
-#include "image/decode.h"
-#include "image/encode.h"
+#include "image/image_file.h"
 #include "read/draw_results.h"
 #include "read/expand_inputs.h"
 #include "read/output_path.h"
 #include "read/process_image.h"
+#include "read/written_files.h"
 
 namespace zv::read {
 namespace {
@@ -25,7 +26,8 @@ class Reading {
         out_(session.out),
         err_(session.err),
         reader_(session.engine),
-        files_(std::move(files)) {}
+        files_(std::move(files)),
+        written_(files_) {}
 
   void run() {
     out_ << "Processing " << files_.size() << " images | " << args_.text("detector_model") << "/"
@@ -49,7 +51,7 @@ class Reading {
   }
 
   void read(const fs::path& file) {
-    out_ << file.filename().string() << ": ";
+    out_ << Foreign{file.filename().string()} << ": ";
     const List kept = kept_plates(reader_.process_image(file.string(), args_), file);
     plates_.insert(plates_.end(), kept.begin(), kept.end());
     print(kept);
@@ -79,19 +81,30 @@ class Reading {
       line += (line.empty() ? "" : ", ") + plain_text(get(plate, "ocr_text", "N/A")) + " (" +
               fixed_text(get(plate, "ocr_conf", 0), 2) + ")";
     }
-    out_ << kept.size() << " plates: " << line << "\n";
+    out_ << kept.size() << " plates: " << Foreign{line} << "\n";
   }
 
   void save_annotated(const fs::path& file, const List& kept, const fs::path& target) {
-    image::encode_file(draw_results(image::decode_file(file), kept), target);
-    out_ << "  → Saved: " << target.filename().string() << "\n";
+    const image::Photo photo = image::decode_file(file);
+    image::encode_file(draw_results(photo.picture, kept), target);
+    out_ << "  → Saved: " << Foreign{target.filename().string()} << "\n";
+    note_overwriting(target, "the annotated copy of " + file.string());
+    if (photo.damage.empty()) return;
+    err_ << "zv-anpr: " << Foreign{file.string()} << ": " << photo.damage
+         << "; the annotated copy shows what could be read\n";
+  }
+
+  void note_overwriting(const fs::path& target, const std::string& content) {
+    const std::string note = written_.add(target, content);
+    if (!note.empty()) err_ << Foreign{note} << "\n";
   }
 
   void export_json(const std::string& json) {
     try {
       const fs::path target = resolved(json);
       write_file(json, json_indented(plates_));  // by its own name, as a pipe has no other
-      out_ << "\nResults saved to: " << target.string() << "\n";
+      out_ << "\nResults saved to: " << Foreign{target.string()} << "\n";
+      note_overwriting(target, "the JSON results");
     } catch (const std::exception& error) {
       err_ << "zv-anpr: " << error.what() << "\n";
       out_ << "\nError: Failed to save JSON results\n";
@@ -103,6 +116,7 @@ class Reading {
   std::ostream& err_;
   ImageReader reader_;
   std::vector<fs::path> files_;
+  WrittenFiles written_;
   List plates_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/glob.h"
+#include "base/output_stream.h"
 #include "base/unicode.h"
 #include "base/value_text.h"
 #include "command/image_files.h"
@@ -53,9 +54,9 @@ bool add_named(const std::string& input, Files& files) {
 void add_pattern(const std::string& pattern, Files& files, std::ostream& out) {
   auto names = glob(pattern);
   std::sort(names.begin(), names.end());
-  if (names.empty()) out << "Skip: " << pattern << "\n";
+  if (names.empty()) out << "Skip: " << Foreign{pattern} << "\n";
   for (const std::string& name : names) {
-    if (!add_named(name, files)) out << "Skip: " << name << "\n";
+    if (!add_named(name, files)) out << "Skip: " << Foreign{name} << "\n";
   }
 }
 
@@ -74,7 +75,7 @@ std::vector<fs::path> expand_inputs(const List& inputs, std::ostream& out) {
     if (has_wildcards(text) && names_nothing(text)) {
       add_pattern(text, files, out);
     } else {
-      out << "Skip: " << text << "\n";
+      out << "Skip: " << Foreign{text} << "\n";
     }
   }
   return files;

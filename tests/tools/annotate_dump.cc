@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/json.h"
-#include "image/decode.h"
+#include "image/image_file.h"
 #include "read/draw_results.h"
 
 int main(int argc, char** argv) {
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     const std::string text{std::istreambuf_iterator<char>(std::cin), {}};
     const zv::Value records = zv::parse_json(text);
     const auto picture =
-        zv::read::draw_results(zv::image::decode_file(argv[1]), *records.as<zv::List>());
+        zv::read::draw_results(zv::image::decode_file(argv[1]).picture, *records.as<zv::List>());
     std::cout << picture.width << ' ' << picture.height << '\n';
     std::cout.write(reinterpret_cast<const char*>(picture.rgb.data()),
                     static_cast<std::streamsize>(picture.rgb.size()));

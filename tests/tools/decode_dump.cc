@@ -1,16 +1,17 @@
 // Decodes the image named first and writes "width height\n" and its RGB bytes to standard output;
-// with a second name it saves the picture there instead. An error is one line and status 1.
+// with a second name it saves the picture there instead. An error is one line and status 1;
+// a damaged picture is shown, with one line as well.
 #include <cstdio>
 #include <exception>
 #include <iostream>
 
-#include "image/decode.h"
-#include "image/encode.h"
+#include "image/image_file.h"
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
   try {
-    const auto picture = zv::image::decode_file(argv[1]);
+    const auto [picture, damage] = zv::image::decode_file(argv[1]);
+    if (!damage.empty()) std::cerr << damage << '\n';
     if (argc > 2) {
       zv::image::encode_file(picture, argv[2]);
       return 0;

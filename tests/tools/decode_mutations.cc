@@ -10,7 +10,7 @@
 #include <string>
 
 #include "base/error.h"
-#include "image/decode.h"
+#include "image/image_file.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ Bytes damaged(Random& random, Bytes bytes) {
 
 bool decodes(const char* path) {
   try {
-    const auto picture = zv::image::decode_file(path);
+    const auto picture = zv::image::decode_file(path).picture;
     if (picture.rgb.size() != picture.stride() * static_cast<std::size_t>(picture.height)) {
       std::abort();
     }

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "image/canvas.h"
-#include "image/decode.h"
+#include "image/image_file.h"
 
 namespace {
 
@@ -44,7 +44,7 @@ void run(const std::string& text, Canvas& canvas) {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   try {
-    auto picture = decode_file(argv[1]);
+    auto picture = decode_file(argv[1]).picture;
     Canvas canvas(picture);
     for (std::string line; std::getline(std::cin, line);) run(line, canvas);
     std::cout << picture.width << ' ' << picture.height << '\n';

@@ -17,8 +17,8 @@ int finish(int status, const zv::OutputStream& out, std::ostream& err) {
 
 int main(int count, char** words) {
   zv::cli::prepare_console();
-  zv::OutputStream out(stdout);
-  zv::OutputStream err(stderr);
+  zv::OutputStream out(stdout, zv::cli::is_terminal(stdout));
+  zv::OutputStream err(stderr, zv::cli::is_terminal(stderr));
   try {
     const int status = zv::cli::run(zv::cli::command_line_words(count, words), out, err, std::cin);
     return finish(status, out, err);

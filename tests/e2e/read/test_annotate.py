@@ -160,3 +160,42 @@ def test_a_photo_taken_sideways_is_saved_upright(zv, car):
 def test_the_engine_and_the_copy_see_a_photo_the_same_way_up(zv, car):
     zv("car.png", "--output", "car.png")
     assert pixels(car).getpixel((40, 60)) == GREEN, "an image may be its own output"
+
+
+def test_a_cut_off_photo_is_annotated_as_far_as_it_goes(zv, car):
+    Image.effect_noise((200, 120), 90).convert("RGB").save(zv.folder / "cut.jpg")
+    data = (zv.folder / "cut.jpg").read_bytes()
+    (zv.folder / "cut.jpg").write_bytes(data[: len(data) * 3 // 4])
+    _, out, err = zv("cut.jpg", "--output", "out.png")
+    assert "  → Saved: out.png\n" in out
+    assert err == (
+        f"zv-anpr: {zv.folder / 'cut.jpg'}: image file is truncated; "
+        "the annotated copy shows what could be read\n"
+    )
+    assert pixels(zv.folder / "out.png").getpixel((40, 60)) == GREEN
+
+
+def test_photos_of_one_name_share_an_annotated_copy_and_the_user_is_told(zv, car):
+    for folder in ["a", "b", "res"]:
+        (zv.folder / folder).mkdir()
+    first, second = photo(zv.folder / "a" / "car.png"), photo(zv.folder / "b" / "car.png")
+    _, out, err = zv("a", "b", "--output", "res")
+    assert out.count("  → Saved: detected_car.png\n") == 2
+    assert err == (
+        f"zv-anpr: res/detected_car.png held the annotated copy of {first}"
+        f" and now holds the annotated copy of {second}\n"
+    )
+
+
+def test_a_photo_that_is_written_over_is_told(zv, car):
+    assert zv("car.png", "--output", "./car.png").err == (
+        f"zv-anpr: ./car.png held the photo and now holds the annotated copy of {car}\n"
+    )
+    assert zv("car.png", "--json", "car.png").err == (
+        f"zv-anpr: {car} held the photo and now holds the JSON results\n"
+    )
+
+
+def test_a_file_that_was_there_before_is_written_over_in_silence(zv, car):
+    photo(zv.folder / "out.png")
+    assert zv("car.png", "--output", "out.png").err == ""

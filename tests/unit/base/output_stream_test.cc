@@ -39,6 +39,20 @@ TEST(OutputStream, NeverWritesWhatIsNoUtf8) {
   EXPECT_EQ(contents(file.get()), "caf\\udce9 京\n");
 }
 
+TEST(OutputStream, ShowsNoControlCharactersOnATerminal) {
+  const std::string evil = "a\x1b]0;x\x07\x7f\xc2\x9b京\tb\nc\r";
+  const File file(std::tmpfile());
+  OutputStream out(file.get());
+  out << Foreign{evil} << std::flush;
+  EXPECT_EQ(contents(file.get()), evil);
+  const File screen(std::tmpfile());
+  OutputStream terminal(screen.get(), true);
+  terminal << "name: " << Foreign{evil} << "\n" << evil << "\n";
+  EXPECT_EQ(contents(screen.get()),
+            "name: a\\x1b]0;x\\x07\\x7f\\x9b京\tb\\nc\\x0d\n"
+            "a\\x1b]0;x\\x07\\x7f\\x9b京\tb\nc\\x0d\n");
+}
+
 TEST(OutputStream, RemembersAFullDiskAndGoesOn) {
   const File file(std::fopen("/dev/full", "w"));
   if (!file) GTEST_SKIP() << "no /dev/full here";

@@ -8,38 +8,38 @@
 namespace zv::image {
 namespace {
 
-constexpr Rgb kGreen{0, 255, 0};
+constexpr Rgb GREEN{0, 255, 0};
 using Rows = std::vector<std::string>;
 
 TEST(Canvas, OutlineIsTwoPixelsWideAndInside) {
   Picture picture = filled(9, 8);
-  Canvas(picture).outline_rectangle({1, 1, 7, 6}, kGreen, 2);
-  EXPECT_EQ(drawing(picture, kGreen), (Rows{".........", ".#######.", ".#######.", ".##...##.",
-                                            ".##...##.", ".#######.", ".#######.", "........."}));
+  Canvas(picture).outline_rectangle({1, 1, 7, 6}, GREEN, 2);
+  EXPECT_EQ(drawing(picture, GREEN), (Rows{".........", ".#######.", ".#######.", ".##...##.",
+                                           ".##...##.", ".#######.", ".#######.", "........."}));
 }
 
 TEST(Canvas, FillHoldsBothCorners) {
   Picture picture = filled(4, 3);
-  Canvas(picture).fill_rectangle({1, 1, 2, 2}, kGreen);
-  EXPECT_EQ(drawing(picture, kGreen), (Rows{"....", ".##.", ".##."}));
+  Canvas(picture).fill_rectangle({1, 1, 2, 2}, GREEN);
+  EXPECT_EQ(drawing(picture, GREEN), (Rows{"....", ".##.", ".##."}));
 }
 
 TEST(Canvas, WhatLiesOutsideIsLeftOut) {
   constexpr std::int64_t far = std::int64_t{1} << 40;
   Picture picture = filled(4, 3);
   Canvas canvas(picture);
-  canvas.fill_rectangle({-far, 2, far, far}, kGreen);
-  canvas.outline_rectangle({-far, -far, far, far}, kGreen, 2);
-  canvas.fill_rectangle({far, far, far, far}, kGreen);
-  canvas.outline_rectangle({-1, -1, 9, 9}, kGreen, 2);
-  EXPECT_EQ(drawing(picture, kGreen), (Rows{"####", "#...", "####"}));
+  canvas.fill_rectangle({-far, 2, far, far}, GREEN);
+  canvas.outline_rectangle({-far, -far, far, far}, GREEN, 2);
+  canvas.fill_rectangle({far, far, far, far}, GREEN);
+  canvas.outline_rectangle({-1, -1, 9, 9}, GREEN, 2);
+  EXPECT_EQ(drawing(picture, GREEN), (Rows{"####", "#...", "####"}));
 }
 
 std::string failure(const Rectangle& area, bool outline) {
   Picture picture = filled(4, 3);
   try {
-    outline ? Canvas(picture).outline_rectangle(area, kGreen, 2)
-            : Canvas(picture).fill_rectangle(area, kGreen);
+    outline ? Canvas(picture).outline_rectangle(area, GREEN, 2)
+            : Canvas(picture).fill_rectangle(area, GREEN);
   } catch (const Error& error) {
     return error.what();
   }
@@ -58,7 +58,11 @@ TEST(Canvas, RefusesBackwardRectangles) {
 class TwoPixels : public Font {
  public:
   TextBox text_box(std::string_view) const override { return {1, 2, 3, 3}; }
-  TextMask render(std::string_view text) const override { return {text_box(text), {128, 255}}; }
+  TextMask render(std::string_view text) const override {
+    TextMask mask(text_box(text));
+    mask.coverage = {128, 255};
+    return mask;
+  }
 };
 
 TEST(Canvas, TextIsBlendedAtItsOrigin) {

@@ -3,8 +3,7 @@
 #include <fstream>
 
 #include "base/error.h"
-#include "image/decode.h"
-#include "image/encode.h"
+#include "image/image_file.h"
 #include "image/pictures.h"
 
 namespace zv::image {
@@ -20,7 +19,7 @@ TEST_P(EveryFormat, KeepsThePicture) {
   const std::string path = file_named(std::string("a") + GetParam());
   const Picture picture = numbered(21, 13);
   encode_file(picture, path);
-  const Picture back = decode_file(path);
+  const Picture back = decode_file(path).picture;
   ASSERT_EQ(back.width, 21);
   ASSERT_EQ(back.height, 13);
   const bool lossy = GetParam()[1] == 'j' || GetParam()[1] == 'J';
@@ -69,9 +68,9 @@ TEST(DecodeFile, KeepsAnOddNameOnOneLine) {
 
 TEST(CheckSize, RefusesNothingAndTooMuch) {
   EXPECT_EQ(failure([] { check_size(0, 5); }), "image has no pixels");
-  EXPECT_EQ(failure([] { check_size(178'956'970, 1); }), "");
-  EXPECT_EQ(failure([] { check_size(178'956'971, 1); }),
-            "image size (178956971 x 1 pixels) exceeds the limit of 178956970 pixels");
+  EXPECT_EQ(failure([] { check_size(150'000'000, 1); }), "");
+  EXPECT_EQ(failure([] { check_size(150'000'001, 1); }),
+            "image size (150000001 x 1 pixels) exceeds the limit of 150000000 pixels");
   EXPECT_NE(failure([] { check_size(~0ULL, ~0ULL); }), "");
 }
 

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <set>
 
 #include "base/error.h"
-#include "image/builtin_glyphs.h"
 
 namespace zv::image {
 namespace {
@@ -42,14 +42,11 @@ TEST(BuiltinFont, ShowsOneBoxForWhatItLacks) {
   EXPECT_NE(rendered("~"), box);
 }
 
-TEST(BuiltinFont, HasWellFormedAndDistinctGlyphs) {
+TEST(BuiltinFont, DrawsEachCharacterInItsOwnWay) {
   std::set<std::string> glyphs;
-  for (const std::string glyph : kGlyphs) {
-    ASSERT_EQ(glyph.size(), 53U) << glyph;
-    for (std::size_t i = 0; i < glyph.size(); ++i) EXPECT_EQ(glyph[i] == '|', i % 6 == 5) << glyph;
-    glyphs.insert(glyph);
-  }
-  EXPECT_EQ(glyphs.size(), kGlyphs.size());
+  for (char c = ' '; c <= '~'; ++c) glyphs.insert(rendered(std::string(1, c)));
+  EXPECT_EQ(glyphs.size(), 95U);
+  EXPECT_EQ(rendered("g"), "......|......|.####.|#...#.|#...#.|#...#.|.####.|....#.|.###..");
 }
 
 std::string load_failure(const std::string& path) {
@@ -68,11 +65,11 @@ TEST(LoadFont, RefusesWhatIsNoFont) {
   EXPECT_EQ(load_failure("/none.ttf"), "cannot open font '/none.ttf'");
 }
 
-constexpr char kInstalled[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+constexpr char INSTALLED[] = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
 TEST(LoadFont, RendersAntiAliasedText) {
-  if (!std::filesystem::exists(kInstalled)) GTEST_SKIP() << kInstalled << " is not installed";
-  const auto font = load_font(kInstalled, 16);
+  if (!std::filesystem::exists(INSTALLED)) GTEST_SKIP() << INSTALLED << " is not installed";
+  const auto font = load_font(INSTALLED, 16);
   const TextBox box = font->text_box("12AB3456 (0.98)");
   EXPECT_EQ(box.left, 0);
   EXPECT_EQ(box.top, 3);
@@ -83,10 +80,34 @@ TEST(LoadFont, RendersAntiAliasedText) {
 }
 
 TEST(LoadFont, MeasuresAnEmptyTextAsNothing) {
-  if (!std::filesystem::exists(kInstalled)) GTEST_SKIP() << kInstalled << " is not installed";
-  const TextBox box = load_font(kInstalled, 16)->text_box("");
+  if (!std::filesystem::exists(INSTALLED)) GTEST_SKIP() << INSTALLED << " is not installed";
+  const TextBox box = load_font(INSTALLED, 16)->text_box("");
   EXPECT_EQ(box.width(), 0);
   EXPECT_EQ(box.height(), 0);
+}
+
+// A copy of the font with nonsense in place of its outlines.
+std::string without_outlines() {
+  std::ifstream file(INSTALLED, std::ios::binary);
+  std::string font{std::istreambuf_iterator<char>(file), {}};
+  const auto number = [&](std::size_t at) {
+    std::size_t value = 0;
+    for (std::size_t i = at; i < at + 4; ++i)
+      value = value << 8 | static_cast<unsigned char>(font[i]);
+    return value;
+  };
+  const std::size_t entry = font.find("glyf");
+  font.replace(number(entry + 8), number(entry + 12), number(entry + 12), '\x11');
+  const std::string path = testing::TempDir() + "without_outlines.ttf";
+  std::ofstream(path, std::ios::binary) << font;
+  return path;
+}
+
+TEST(LoadFont, NeverLeavesOutAGlyphThatCannotBeDrawn) {
+  if (!std::filesystem::exists(INSTALLED)) GTEST_SKIP() << INSTALLED << " is not installed";
+  const auto font = load_font(without_outlines(), 16);
+  EXPECT_THROW(font->text_box("12AB"), Error);
+  EXPECT_THROW(font->render("12AB"), Error);
 }
 
 }  // namespace

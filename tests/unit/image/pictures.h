@@ -5,16 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "image/colour.h"
 #include "image/picture.h"
 
 namespace zv::image {
 
-inline constexpr Rgb kGrey{90, 90, 90};
+inline constexpr Rgb GREY{90, 90, 90};
 
-inline Picture filled(int width, int height, const Rgb& colour = kGrey) {
+inline Picture filled(int width, int height, const Rgb& colour = GREY) {
   Picture picture =
-      blank_picture(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
+      unpainted(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height));
   for (std::size_t i = 0; i < picture.rgb.size(); ++i) picture.rgb[i] = colour[i % 3];
   return picture;
 }

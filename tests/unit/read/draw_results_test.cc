@@ -13,8 +13,8 @@ using image::Picture;
 using image::pixel_at;
 using image::Rgb;
 
-constexpr Rgb kGreen{0, 255, 0};
-constexpr int kLeft = 20;
+constexpr Rgb GREEN{0, 255, 0};
+constexpr int LEFT = 20;
 
 Map plate(List bbox) {
   return {{"ocr_text", "12AB3456"}, {"ocr_conf", 0.98}, {"bbox", std::move(bbox)}};
@@ -32,12 +32,12 @@ struct Rows {
 
 Rows strip_rows(int box_top) {
   const Picture drawn =
-      draw_results(image::filled(300, 200), {plate({kLeft, box_top, kLeft + 250, box_top + 60})});
-  const int column = kLeft + label_box().width();
+      draw_results(image::filled(300, 200), {plate({LEFT, box_top, LEFT + 250, box_top + 60})});
+  const int column = LEFT + label_box().width();
   Rows rows{-1, -1};
   for (int y = 0; y < drawn.height; ++y) {
     const bool outline = y == box_top || y == box_top + 1 || y >= box_top + 59;
-    if (outline || pixel_at(drawn, column, y) != kGreen) continue;
+    if (outline || pixel_at(drawn, column, y) != GREEN) continue;
     if (rows.first < 0) rows.first = y;
     rows.last = y;
   }
@@ -73,22 +73,22 @@ TEST(DrawResults, NeedsMoreRoomThanTheTextIsHigh) {
 }
 
 TEST(DrawResults, StripIsAsWideAsTheText) {
-  const Picture drawn = draw_results(image::filled(300, 200), {plate({kLeft, 100, 270, 150})});
-  const int right = kLeft + label_box().width();
+  const Picture drawn = draw_results(image::filled(300, 200), {plate({LEFT, 100, 270, 150})});
+  const int right = LEFT + label_box().width();
   const int row = 90 + 5;
-  EXPECT_EQ(pixel_at(drawn, kLeft - 1, row), image::kGrey);
-  EXPECT_EQ(pixel_at(drawn, kLeft, row), kGreen);
-  EXPECT_EQ(pixel_at(drawn, right, row), kGreen);
-  EXPECT_EQ(pixel_at(drawn, right + 1, row), image::kGrey);
+  EXPECT_EQ(pixel_at(drawn, LEFT - 1, row), image::GREY);
+  EXPECT_EQ(pixel_at(drawn, LEFT, row), GREEN);
+  EXPECT_EQ(pixel_at(drawn, right, row), GREEN);
+  EXPECT_EQ(pixel_at(drawn, right + 1, row), image::GREY);
 }
 
 TEST(DrawResults, WritesInBlack) {
-  const Picture drawn = draw_results(image::filled(300, 200), {plate({kLeft, 100, 270, 150})});
+  const Picture drawn = draw_results(image::filled(300, 200), {plate({LEFT, 100, 270, 150})});
   const image::TextBox box = label_box();
   const int text_top = 90 - box.height();
   int black = 0;
   for (int y = text_top + box.top; y < text_top + box.bottom; ++y) {
-    for (int x = kLeft; x < kLeft + box.width(); ++x) {
+    for (int x = LEFT; x < LEFT + box.width(); ++x) {
       if (pixel_at(drawn, x, y) == Rgb{0, 0, 0}) ++black;
     }
   }
@@ -96,21 +96,21 @@ TEST(DrawResults, WritesInBlack) {
 }
 
 TEST(DrawResults, OutlineIsTwoPixels) {
-  const Picture drawn = draw_results(image::filled(300, 200), {plate({kLeft, 100, 270, 150})});
+  const Picture drawn = draw_results(image::filled(300, 200), {plate({LEFT, 100, 270, 150})});
   for (int i = 0; i < 4; ++i) {
-    const Rgb expected = i < 2 ? kGreen : image::kGrey;
+    const Rgb expected = i < 2 ? GREEN : image::GREY;
     EXPECT_EQ(pixel_at(drawn, 150, 100 + i), expected) << i;
     EXPECT_EQ(pixel_at(drawn, 150, 150 - i), expected) << i;
-    EXPECT_EQ(pixel_at(drawn, kLeft + i, 125), expected) << i;
+    EXPECT_EQ(pixel_at(drawn, LEFT + i, 125), expected) << i;
     EXPECT_EQ(pixel_at(drawn, 270 - i, 125), expected) << i;
   }
-  EXPECT_EQ(pixel_at(drawn, kLeft - 1, 125), image::kGrey);
-  EXPECT_EQ(pixel_at(drawn, 271, 125), image::kGrey);
+  EXPECT_EQ(pixel_at(drawn, LEFT - 1, 125), image::GREY);
+  EXPECT_EQ(pixel_at(drawn, 271, 125), image::GREY);
 }
 
 TEST(DrawResults, LaterPlatesCoverEarlierOnes) {
-  const Map first = plate({kLeft, 100, 270, 150});
-  const Map second = plate({kLeft, 101, 270, 150});
+  const Map first = plate({LEFT, 100, 270, 150});
+  const Map second = plate({LEFT, 101, 270, 150});
   const Picture both = draw_results(image::filled(300, 200), {first, second});
   const Picture steps = draw_results(draw_results(image::filled(300, 200), {first}), {second});
   EXPECT_EQ(both.rgb, steps.rgb);
