@@ -1,8 +1,8 @@
-# The foreign libraries of base/ and image/: shared ones, or with ZV_STATIC their archives, so that
+# The foreign libraries of image/, and on Windows of base/: shared ones, or with ZV_STATIC their archives, so that
 # the executable runs where only the C library is installed.
-option(ZV_STATIC "Link libuv, the image codecs and the C++ runtime statically where archives exist" OFF)
-set(ZV_PKG_MODULES libuv libtiff-4 freetype2 libpng libjpeg)
-add_library(zv_uv INTERFACE)
+option(ZV_STATIC "Link the image codecs and the C++ runtime statically where archives exist" OFF)
+set(ZV_PKG_MODULES libtiff-4 freetype2 libpng libjpeg)
+add_library(zv_uv INTERFACE)  # child processes, where the system has no fork
 add_library(zv_codecs INTERFACE)
 
 # Sets OUT to the archives behind what pkg-config lists, or to nothing when one is not there.
@@ -26,15 +26,11 @@ function(zv_find_archives out)
   set(${out} "${archives}" PARENT_SCOPE)
 endfunction()
 
-# vcpkg describes libuv to CMake, most Unix systems to pkg-config.
 find_package(PkgConfig QUIET)
-find_package(libuv CONFIG QUIET)
-if(TARGET libuv::uv OR TARGET libuv::uv_a)
-  set(ZV_LIBUV $<IF:$<TARGET_EXISTS:libuv::uv_a>,libuv::uv_a,libuv::uv>)
-else()
-  find_package(PkgConfig REQUIRED)
-  pkg_check_modules(LIBUV REQUIRED IMPORTED_TARGET libuv)
-  set(ZV_LIBUV PkgConfig::LIBUV)
+if(WIN32)
+  find_package(libuv CONFIG REQUIRED)
+  target_link_libraries(zv_uv INTERFACE
+    $<IF:$<TARGET_EXISTS:libuv::uv_a>,libuv::uv_a,libuv::uv>)
 endif()
 
 if(ZV_STATIC AND CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PKG_CONFIG_FOUND)
@@ -42,11 +38,9 @@ if(ZV_STATIC AND CMAKE_SYSTEM_NAME STREQUAL "Linux" AND PKG_CONFIG_FOUND)
 endif()
 if(ZV_ARCHIVES)
   # The order that pkg-config gives is one of several modules merged; the group settles it.
-  target_link_libraries(zv_uv INTERFACE -Wl,--start-group ${ZV_ARCHIVES} -Wl,--end-group)
-  target_link_libraries(zv_codecs INTERFACE zv_uv)
+  target_link_libraries(zv_codecs INTERFACE -Wl,--start-group ${ZV_ARCHIVES} -Wl,--end-group)
   target_include_directories(zv_codecs SYSTEM INTERFACE ${FREETYPE_INCLUDE_DIRS})
-  target_link_options(zv_uv INTERFACE -static-libstdc++ -static-libgcc)
+  target_link_options(zv_codecs INTERFACE -static-libstdc++ -static-libgcc)
 else()
-  target_link_libraries(zv_uv INTERFACE ${ZV_LIBUV})
   target_link_libraries(zv_codecs INTERFACE JPEG::JPEG PNG::PNG TIFF::TIFF Freetype::Freetype)
 endif()

@@ -3,7 +3,7 @@
 
 BUILD_PACKAGES=(
   ca-certificates cmake g++ ninja-build pkg-config python3 python3-venv
-  libboost-dev libfreetype-dev libjpeg-dev libpng-dev libtiff-dev libuv1-dev nlohmann-json3-dev
+  libboost-dev libfreetype-dev libjpeg-dev libpng-dev libtiff-dev nlohmann-json3-dev
 )
 TEST_PACKAGES=(
   ccache clang-14 clang-format-14 clang-tidy-14 git libclang-rt-14-dev libgmock-dev libgtest-dev

@@ -13,6 +13,10 @@ namespace {
 constexpr std::size_t REQUESTS = 3;  // 0 to 2 belong to the user's terminal
 constexpr std::size_t ANSWERS = 4;
 constexpr std::int64_t PROTOCOL = 1;
+// More than the engine takes to end itself in the middle of a call (bridge.py).
+constexpr std::chrono::seconds TIME_TO_END{10};
+// For an engine that has closed a pipe: its answer may still be on the way, or its end.
+constexpr std::chrono::seconds LAST_WORDS{2};
 
 std::vector<std::string> command(const std::string& interpreter,
                                  const std::vector<std::string>& names) {
@@ -77,7 +81,7 @@ Host::Host(const std::string& interpreter, const std::vector<std::string>& names
 
 Host::~Host() {
   child_.close(REQUESTS);
-  child_.run_until([this] { return child_.exit().has_value(); });
+  child_.run_until([this] { return ended(); }, TIME_TO_END);
 }
 
 void Host::expect_no_calls() {
@@ -141,19 +145,32 @@ Value Host::request(Map request) {
 
 std::string Host::next_line() {
   std::string& received = child_.received(ANSWERS);
-  child_.run_until([&] {
-    return received.find('\n') != std::string::npos ||
-           (child_.ended(ANSWERS) && child_.exit().has_value());
-  });
-  const auto end = received.find('\n');
-  if (end != std::string::npos) {
-    std::string line = received.substr(0, end);
-    received.erase(0, end + 1);
-    return line;
-  }
+  std::size_t end = std::string::npos;
+  auto answered = [&, searched = std::size_t{0}]() mutable {
+    end = received.find('\n', searched);
+    searched = received.size();
+    return end != std::string::npos;
+  };
+  const auto closed = [this] { return child_.ended(ANSWERS) || child_.ended(REQUESTS); };
+  const auto gone = [this] { return child_.ended(ANSWERS) && ended(); };
+  child_.run_until([&] { return answered() || closed() || ended(); });
+  if (end == std::string::npos) child_.run_until([&] { return answered() || gone(); }, LAST_WORDS);
+  if (end == std::string::npos) give_up();
+  std::string line = received.substr(0, end);
+  received.erase(0, end + 1);
+  return line;
+}
+
+// There is no talking any more to an engine that has closed a pipe; it is ended, so that another
+// one can take its place.
+void Host::give_up() {
   check_interrupt();
-  throw Error("the engine process " + interpreter_ + " ended (" + child_.exit()->text() +
-              ") before it answered");
+  const bool ended_itself = ended();
+  child_.kill();
+  child_.run_until([this] { return ended(); }, LAST_WORDS);
+  const std::string how =
+      ended_itself ? "ended (" + child_.exit()->text() + ")" : "closed its pipe";
+  throw Error("the engine process " + interpreter_ + " " + how + " before it answered");
 }
 
 }  // namespace zv::python

@@ -65,6 +65,7 @@ class Host {
  private:
   Value request(Map request);
   std::string next_line();
+  [[noreturn]] void give_up();
 
   Child child_;
   std::ostream& out_;

@@ -84,7 +84,8 @@ def main():
     def on_slow_load(number, frame):
         host.bridge()["watch_load"](host)
 
-    _signal.signal(_signal.SIGINT, on_interrupt)
+    if _signal.getsignal(_signal.SIGINT) != _signal.SIG_IGN:  # whoever ignores it wants us to, too
+        _signal.signal(_signal.SIGINT, on_interrupt)
     timer = hasattr(_signal, "setitimer")
     if timer:
         _signal.signal(_signal.SIGALRM, on_slow_load)

@@ -26,14 +26,10 @@ List read_lines(const std::string& received) {
 
 Probe::Probe(Engine& engine, const std::string& name) {
   using enum Child::Stream;
-  try {
-    child_ = std::make_unique<Child>(
-        std::vector<std::string>{engine.python(), "-c", std::string(PROBES_SOURCE),
-                                 std::to_string(ANSWERS), name},
-        std::vector<Child::Stream>{ignore, ignore, ignore, read});
-  } catch (const Error&) {
-    child_ = nullptr;
-  }
+  child_ = std::make_unique<Child>(
+      std::vector<std::string>{engine.python(), "-c", std::string(PROBES_SOURCE),
+                               std::to_string(ANSWERS), name},
+      std::vector<Child::Stream>{ignore, ignore, ignore, read});
 }
 
 const List& Probe::answers() {

@@ -14,14 +14,14 @@ namespace zv::runtime {
 class Probe {
  public:
   // `name` is a function of probes.py: "pillow", "onnxruntime", "torch", "cuda_runtime",
-  // "tensorrt".
+  // "tensorrt". Throws Error when it cannot be started.
   Probe(Engine& engine, const std::string& name);
 
   // Waits. One value per step that succeeded: fewer than the probe has mean that it failed there.
   const List& answers();
 
  private:
-  std::unique_ptr<Child> child_;  // none: it could not be started, or its answers were taken
+  std::unique_ptr<Child> child_;  // none: its answers were taken
   List answers_;
 };
 

@@ -298,6 +298,87 @@ def test_no_engine_that_is_still_loading_stays_behind(zv):
     wait_until(lambda: not alive(pid), 10)
 
 
+# --- engines that neither answer nor end
+
+
+def test_an_engine_that_hangs_up_and_lives_is_ended_and_replaced(zv, car):
+    (zv.folder / "b.jpg").touch()
+    zv.script(
+        HANG.format(hang="")
+        + "    if 'b.jpg' not in path:\n        os.close(4)\n        time.sleep(60)\n"
+        + "    return {}\n"
+    )
+    out = zv("car.jpg", "b.jpg").out
+    told = f"the engine process {sys.executable} closed its pipe before it answered"
+    assert f"car.jpg: Error: {told}\n" in out
+    assert "\nb.jpg: No plates\n" in out
+    assert not alive(engine_pid(zv))
+
+
+HELLO = (
+    r"""printf '{"protocol": 1, "executable": {"$bytes": "2f"}, "version": "1","""
+    r""" "names": [1, 2, 3, 4, 5, 6]}\n' >&4"""
+)
+
+
+def fake_engine(zv, *lines):
+    """An interpreter that is none."""
+    path = zv.folder / "fake"
+    path.write_text("\n".join(["#!/bin/sh", *lines]) + "\n")
+    path.chmod(0o755)
+    return {"ZV_ANPR_PYTHON": str(path)}
+
+
+@pytest.mark.parametrize(
+    ("lines", "told"),
+    [
+        (["exec 4>&-", "exec sleep 60"], "closed its pipe before it answered"),
+        (["sleep 60 <&- >&- 2>&- 3<&- &", "exit 3"], "ended (exit status 3) before it answered"),
+    ],
+)
+def test_an_engine_that_never_says_hello(zv, lines, told):
+    status, out, err = zv("version", env=fake_engine(zv, *lines))
+    assert (status, out) == (1, "")
+    assert told in err
+
+
+def test_an_engine_that_takes_no_requests(zv, car):
+    env = fake_engine(zv, HELLO, "exec 3<&-", "exec sleep 60")
+    assert "closed its pipe before it answered\n" in zv("car.jpg", env=env).out
+
+
+def test_an_engine_that_does_not_end_is_ended(zv):
+    env = fake_engine(zv, "trap '' TERM INT", "echo $$ > pid", HELLO, "exec sleep 60")
+    assert tuple(zv("version", env=env)) == (0, "Zelvoran ANPR CLI v1\n", "")
+    assert not alive(engine_pid(zv))
+
+
+# --- what our own parent did to signals
+
+
+@pytest.mark.parametrize("held", [{signal.SIGCHLD}, set(signal.Signals)])
+def test_signals_held_back_by_the_parent_hold_nothing_up(zv, car, held):
+    process = zv.popen("car.jpg", preexec_fn=lambda: signal.pthread_sigmask(signal.SIG_BLOCK, held))
+    out, err = process.communicate(timeout=60)
+    assert (process.returncode, err) == (0, b"")
+    assert out.endswith(b"Total: 0 plates from 1 images\n")
+
+
+def test_an_ignored_interrupt_stays_ignored(zv, car):
+    """As `nohup` and the background jobs of scripts are started."""
+    zv.script(HANG.format(hang="time.sleep(1)\n    return {}"))
+    process = zv.popen(
+        "car.jpg",
+        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_IGN),
+        start_new_session=True,
+    )
+    engine_pid(zv)
+    os.killpg(process.pid, signal.SIGINT)
+    out, err = process.communicate(timeout=60)
+    assert (process.returncode, err) == (0, b"")
+    assert out.endswith(b"car.jpg: No plates\n\nTotal: 0 plates from 1 images\n")
+
+
 # --- where the output goes
 
 

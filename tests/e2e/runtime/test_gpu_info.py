@@ -381,3 +381,17 @@ def test_the_real_modules_of_this_interpreter(zv):
     status, out, _ = zv("gpu-info")
     assert status == 0
     assert f"\nPillow: {expected}\n" in out
+
+
+def test_what_could_not_be_asked_is_no_answer(zv):
+    """The engine takes the descriptors of the program away, so that it can start no probe."""
+    zv.engine_file(
+        "_version.py",
+        "import os, resource\n"
+        "__version__ = '3.2.1'\n"
+        "resource.prlimit(os.getppid(), resource.RLIMIT_NOFILE, (3, 3))\n",
+    )
+    status, out, _ = zv("gpu-info")
+    assert status == 1
+    assert out.splitlines()[-1] == "Error: [Errno 24] Too many open files"
+    assert "No backends available" not in out
