@@ -22,6 +22,8 @@ class Map {
 
   const Value* find(std::string_view key) const;
   void set(std::string key, Value value);
+  // The same for a key that is known to be new, at any size.
+  void append(std::string key, Value value);
   bool empty() const;
   std::size_t size() const;
   const std::vector<std::pair<std::string, Value>>& entries() const { return entries_; }
@@ -88,6 +90,9 @@ inline bool Map::empty() const {
 }
 inline std::size_t Map::size() const {
   return entries_.size();
+}
+inline void Map::append(std::string key, Value value) {
+  entries_.emplace_back(std::move(key), std::move(value));
 }
 
 // The value under a key, or the fallback when the value is no map or lacks the key.

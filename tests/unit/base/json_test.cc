@@ -26,9 +26,25 @@ TEST(ParseJson, ReadsEscapes) {
   EXPECT_EQ(read_and_show(R"("\ud83d\ude00\u00e4\n")"), "😀ä\n");
 }
 
+TEST(ParseJson, TakesHalvesOfSurrogatePairsAsTheyAre) {
+  EXPECT_EQ(*parse_json(R"("\uDE00\ud83d\ud83d\ude00x")").as<std::string>(),
+            "\xED\xB8\x80\xED\xA0\xBD😀x");
+  EXPECT_EQ(*parse_json(R"("\u0001d83d\\ud83d\u0000")").as<std::string>(),
+            std::string("\1d83d\\ud83d\0", 12));
+  EXPECT_EQ(parse_json(R"({"\udc00": 1})").as<Map>()->entries()[0].first, "\xED\xB0\x80");
+}
+
+TEST(ParseJson, ReadsObjectsWithVeryManyKeys) {
+  std::string text = "{";
+  for (int i = 0; i < 50'000; ++i) text += "\"k" + std::to_string(i) + "\": 1, ";
+  const Value value = parse_json(text + "\"k7\": 2}");
+  ASSERT_EQ(value.as<Map>()->size(), 50'000U);
+  EXPECT_EQ(*value.as<Map>()->entries()[7].second.as<std::int64_t>(), 2);
+}
+
 TEST(ParseJson, RefusesWhatIsNoJson) {
-  for (const char* text :
-       {"", "{", "{'a': 1}", "[1,]", "1 2", "{} x", "\"\xff\"", "nul", "<html>"}) {
+  for (const char* text : {"", "{", "\"\\u\"", "\"\\ud83\"", "\"\\", "{'a': 1}", "[1,]", "1 2",
+                           "{} x", "\"\xff\"", "nul", "<html>"}) {
     EXPECT_THROW(parse_json(text), JsonError) << text;
   }
 }
