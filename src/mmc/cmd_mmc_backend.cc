@@ -62,7 +62,7 @@ void cmd_mmc_backend(const Args& args, Session& session) {
   configuration.choose(backend);
   session.out << "\n✅ MMC backend set to '" << backend << "' in server_config.yaml (was '"
               << current << "').\n";
-  switch_running_server(backend, args, session.out);
+  switch_running_server(backend, args, session);
 }
 
 }  // namespace zv::mmc

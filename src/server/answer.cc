@@ -7,12 +7,6 @@
 
 namespace zv::server {
 
-const Map& object_of(const Value& answer) {
-  const auto* map = answer.as<Map>();
-  if (!map) throw Error("'" + type_name(answer) + "' object has no attribute 'get'");
-  return *map;
-}
-
 std::size_t length(const Value& value) {
   if (const auto* list = value.as<List>()) return list->size();
   if (const auto* map = value.as<Map>()) return map->size();
@@ -50,6 +44,10 @@ std::string uptime_text(const Value& seconds) {
 std::string quota_text(const Map& mmc, const std::string& before_rest) {
   return shown(mmc, "mmc_calls_today", 0) + "/" + shown(mmc, "mmc_daily_limit", 0) + " today" +
          before_rest + shown(mmc, "mmc_remaining", 0) + " remaining)";
+}
+
+std::string unreachable(const std::string& base_url, const std::exception& error) {
+  return "Error: Could not reach server at " + base_url + " (" + error.what() + ")";
 }
 
 }  // namespace zv::server

@@ -1,14 +1,13 @@
 // Reading the server's answers: loosely typed data whose keys may be missing or of the wrong kind.
 #pragma once
 
+#include <exception>
 #include <string>
 
 #include "base/value.h"
 
 namespace zv::server {
 
-// The answer as an object. Throws Error for anything else.
-const Map& object_of(const Value& answer);
 // How many elements, members or characters. Throws Error for what has none.
 std::size_t length(const Value& value);
 // Throws Error for an element that is no text.
@@ -21,5 +20,7 @@ bool mmc_available(const Map& health);
 std::string uptime_text(const Value& seconds);
 // "12/500 today (488 remaining)"; the given text stands before the rest that remains.
 std::string quota_text(const Map& mmc, const std::string& before_rest);
+// "Error: Could not reach server at ..." with what went wrong in parentheses.
+std::string unreachable(const std::string& base_url, const std::exception& error);
 
 }  // namespace zv::server

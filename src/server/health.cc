@@ -1,15 +1,15 @@
 #include "base/arithmetic.h"
 #include "base/value_text.h"
+#include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
-#include "server/server_api.h"
 
 namespace zv::server {
 namespace {
 
 void print_check(const Value& check, std::ostream& out) {
   if (!truthy(check)) return;
-  const Map& details = object_of(check);
+  const Map& details = http::object_of(check);
   out << "Healthy:   " << (truthy(get(details, "healthy")) ? "Yes" : "No") << "\n";
   const Value memory = get(details, "memory_mb");
   if (truthy(memory)) out << "Memory:    " + fixed_text(memory, 0) + " MB\n";
@@ -34,10 +34,11 @@ void print_report(const Map& health, std::ostream& out) {
 }  // namespace
 
 void cmd_server_health(const Args& args, Session& session) {
-  const std::string base = _server_base_url(args);
+  const std::string base = http::_server_base_url(args);
   try {
-    const Value answer = _server_api(session.engine, {.url = base + "/api/health?detailed=true"});
-    print_report(object_of(answer), session.out);
+    const Value answer =
+        http::_server_api(session.engine, {.url = base + "/api/health?detailed=true"});
+    print_report(http::object_of(answer), session.out);
   } catch (const std::exception& error) {
     session.out << unreachable(base, error) << "\n";
   }

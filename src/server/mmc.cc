@@ -1,7 +1,7 @@
 #include "base/value_text.h"
+#include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
-#include "server/server_api.h"
 
 namespace zv::server {
 namespace {
@@ -20,10 +20,10 @@ void print_report(const Map& mmc, std::ostream& out) {
 }  // namespace
 
 void cmd_server_mmc(const Args& args, Session& session) {
-  const std::string base = _server_base_url(args);
+  const std::string base = http::_server_base_url(args);
   try {
-    const Value answer = _server_api(session.engine, {.url = base + "/api/mmc/status"});
-    print_report(object_of(answer), session.out);
+    const Value answer = http::_server_api(session.engine, {.url = base + "/api/mmc/status"});
+    print_report(http::object_of(answer), session.out);
   } catch (const std::exception& error) {
     session.out << unreachable(base, error) << "\n";
   }

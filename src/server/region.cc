@@ -1,9 +1,9 @@
 #include "base/error.h"
 #include "base/value_equal.h"
 #include "base/value_text.h"
+#include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
-#include "server/server_api.h"
 
 namespace zv::server {
 namespace {
@@ -13,9 +13,9 @@ constexpr const char* KNOWN_REGIONS =
     "univ, euplus, eu, asia, africa, oceania, exussr, na, korea, china, japan, + country codes";
 
 void change(const std::string& base, const std::string& name, Session& session) {
-  const Value answer = _server_api(
+  const Value answer = http::_server_api(
       session.engine, {.url = base + "/api/region", .method = "PUT", .data = {{"region", name}}});
-  const Map& verdict = object_of(answer);
+  const Map& verdict = http::object_of(answer);
   if (truthy(get(verdict, "success"))) {
     session.out << "Region changed: " << shown(verdict, "previous_region") << " → "
                 << shown(verdict, "current_region") << "\n";
@@ -25,8 +25,8 @@ void change(const std::string& base, const std::string& name, Session& session) 
 }
 
 void print_current(const std::string& base, Session& session) {
-  const Value answer = _server_api(session.engine, {.url = base + "/api/region"});
-  const Map& region = object_of(answer);
+  const Value answer = http::_server_api(session.engine, {.url = base + "/api/region"});
+  const Map& region = http::object_of(answer);
   session.out << "Region:    " << shown(region, "default_region", "?") << "\n";
   const Value active = get(region, "active_region");
   if (truthy(active) && !equal(active, get(region, "default_region"))) {
@@ -36,8 +36,8 @@ void print_current(const std::string& base, Session& session) {
 
 // Empty when the server knows none.
 std::string offered_regions(const std::string& base, Engine& engine) {
-  const Value answer = _server_api(engine, {.url = base + "/api/regions"});
-  const Value groups = get(object_of(answer), "internal_groups", List());
+  const Value answer = http::_server_api(engine, {.url = base + "/api/regions"});
+  const Value groups = get(http::object_of(answer), "internal_groups", List());
   if (!truthy(groups)) return {};
   const auto* names = groups.as<List>();
   if (!names) throw Error("the region groups are no list");
@@ -56,7 +56,7 @@ void print_available(const std::string& base, Session& session) {
 }  // namespace
 
 void cmd_server_region(const Args& args, Session& session) {
-  const std::string base = _server_base_url(args);
+  const std::string base = http::_server_base_url(args);
   const std::string name = args.text("name");
   try {
     if (!name.empty()) return change(base, name, session);

@@ -3,9 +3,9 @@
 #include "base/arithmetic.h"
 #include "base/value_equal.h"
 #include "base/value_text.h"
+#include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
-#include "server/server_api.h"
 
 namespace zv::server {
 namespace {
@@ -20,7 +20,7 @@ void print_not_running(Session& session, const Daemon& daemon) {
 
 void print_check(const Value& check, std::ostream& out) {
   if (!truthy(check)) return;
-  const Map& details = object_of(check);
+  const Map& details = http::object_of(check);
   out << "  Health:   " << (truthy(get(details, "healthy")) ? "OK" : "UNHEALTHY") << "\n";
   const Value memory = get(details, "memory_mb", 0);
   if (truthy(memory)) out << "  Memory:   " + fixed_text(memory, 0) + " MB\n";
@@ -40,10 +40,16 @@ void print_details(const Map& health, std::ostream& out) {
   print_check(get(health, "health_check", Map()), out);
 }
 
-std::string mmc_text(const std::string& url) {
+Value probe(Engine& engine, const std::string& url) {
+  return http::_server_api(
+      engine,
+      {.url = url, .timeout = PROBE_TIMEOUT, .token = http::ServerRequest::Token::when_asked});
+}
+
+std::string mmc_text(const std::string& url, Engine& engine) {
   try {
-    const Value answer = probe(url + "/api/mmc/status", PROBE_TIMEOUT);
-    const Map& mmc = object_of(answer);
+    const Value answer = probe(engine, url + "/api/mmc/status");
+    const Map& mmc = http::object_of(answer);
     const Value problem = get(mmc, "error", "");
     if (truthy(problem)) return "Error - " + plain_text(problem);
     return "Available (" + quota_text(mmc, ", ");
@@ -53,12 +59,14 @@ std::string mmc_text(const std::string& url) {
 }
 
 // The version that the server reports; nothing when it does not answer as it should.
-std::optional<Value> print_health(const std::string& url, std::ostream& out) {
+std::optional<Value> print_health(const std::string& url, Session& session) {
   try {
-    const Value answer = probe(url + "/api/health?detailed=true", PROBE_TIMEOUT);
-    const Map& health = object_of(answer);
-    print_details(health, out);
-    if (mmc_available(health)) out << "  MMC:      " << mmc_text(url) << "\n";
+    const Value answer = probe(session.engine, url + "/api/health?detailed=true");
+    const Map& health = http::object_of(answer);
+    print_details(health, session.out);
+    if (mmc_available(health)) {
+      session.out << "  MMC:      " << mmc_text(url, session.engine) << "\n";
+    }
     return get(health, "version", "?");
   } catch (const std::exception&) {
     return std::nullopt;
@@ -82,7 +90,7 @@ void status(const Args&, Session& session, const Daemon& daemon) {
   const std::string url = status.item("url").text();
   session.out << "Server running (PID: " << status.item("pid").text() << ")\n"
               << "  URL: " << url << "\n";
-  const auto running = print_health(url, session.out);
+  const auto running = print_health(url, session);
   if (running) compare_versions(*running, session, daemon);
 }
 

@@ -29,13 +29,15 @@ class Server:
     def __init__(self, address: str = "127.0.0.1") -> None:
         server = self
         self.status, self.answer, self.seen = 200, b'{"success": true}', []
+        self.token = None  # that a request must have
 
         class Handler(BaseHTTPRequestHandler):
             def do_PUT(self) -> None:
                 length = int(self.headers["Content-Length"])
                 headers = {name.lower(): value for name, value in self.headers.items()}
                 server.seen.append((self.command, self.path, headers, self.rfile.read(length)))
-                self.send_response(server.status)
+                refused = server.token not in (None, headers.get("x-zv-anpr-token"))
+                self.send_response(401 if refused else server.status)
                 self.send_header("Content-Length", str(len(server.answer)))
                 self.end_headers()
                 self.wfile.write(server.answer)
@@ -149,6 +151,27 @@ def test_the_request(configured, server):
     assert headers["content-type"] == "application/json"
     assert headers["host"] == f"127.0.0.1:{server.port}"
     assert not [name for name in headers if "token" in name or name == "authorization"]
+
+
+def test_a_server_that_asks_for_the_token_gets_it(configured, server):
+    configured.configure("{}", "pass\n\ndef local_api_token():\n    return 'secret'")
+    server.token = "secret"
+    out = configured("mmc-backend", "local", "--port", server.port).out
+    assert out.endswith("   ↻ Live server switched to 'local' (no restart needed).\n")
+    assert [seen[2].get("x-zv-anpr-token") for seen in server.seen] == [None, "secret"]
+
+
+@pytest.mark.parametrize("token", ["return None", "return 'another'", "raise OSError('locked')"])
+def test_a_server_that_refuses_our_token_too(configured, server, token):
+    configured.configure("{}", f"pass\n\ndef local_api_token():\n    {token}")
+    server.token = "secret"
+    out = configured("mmc-backend", "local", "--port", server.port).out
+    assert out.endswith(unreachable(f"127.0.0.1:{server.port}"))
+
+
+def test_an_empty_host_is_this_machine(configured, server):
+    out = configured("mmc-backend", "local", "--host", "", "--port", server.port).out
+    assert "↻ Live server switched" in out
 
 
 def test_a_host_by_name(configured, server):

@@ -8,14 +8,17 @@ HEALTH = "/api/health?detailed=true"
 MMC = "/api/mmc/status"
 
 
+def prepared(value):
+    """Bytes as they go over the wire, or a list of such."""
+    return (isinstance(value, list) and prepared(value[0])) or isinstance(value, bytes)
+
+
 @pytest.fixture
 def status(zv, server):
     """Runs `server status` on a server that answers so; the lines after PID and URL."""
 
     def status(health, mmc=CUT, installed="3.2.1"):
-        as_answer = [
-            v if v in (CUT, SILENCE) or isinstance(v, bytes) else answer(v) for v in (health, mmc)
-        ]
+        as_answer = [v if v in (CUT, SILENCE) or prepared(v) else answer(v) for v in (health, mmc)]
         server.answers = dict(zip((HEALTH, MMC), as_answer, strict=True))
         zv.server_script(
             "\ndef get_status():\n"
@@ -73,6 +76,14 @@ def test_all_details(status, server):
     ]
     assert server.lines == [f"GET {HEALTH} HTTP/1.1", f"GET {MMC} HTTP/1.1"]
     assert all("x-zv-anpr-token" not in request.headers for request in server.requests)
+
+
+def test_a_server_that_asks_for_the_token_gets_it(status, server):
+    refused = http("{}", "401 Unauthorized")
+    lines = status([refused, answer({"mmc_enabled": 1})], [refused, answer({})])
+    assert lines == [*DEFAULTS, "  MMC:      Available (0/0 today, 0 remaining)"]
+    sent = [request.headers.get("x-zv-anpr-token") for request in server.requests]
+    assert sent == [None, "secret", None, "secret"]
 
 
 DEFAULTS = [

@@ -7,12 +7,6 @@
 namespace zv::server {
 namespace {
 
-TEST(Answer, MustBeAnObject) {
-  EXPECT_THROW(object_of(List{}), Error);
-  EXPECT_THROW(object_of(nullptr), Error);
-  EXPECT_TRUE(object_of(Map{}).empty());
-}
-
 TEST(Answer, FallsBackOnlyForMissingKeys) {
   const Map answer = {{"region", nullptr}, {"threads", 4.0}, {"more", List{"a", 1}}};
   EXPECT_EQ(shown(answer, "region", "?"), "None");
