@@ -1,5 +1,5 @@
-# The foreign libraries of image/, and on Windows of base/: shared ones, or with ZV_STATIC their archives, so that
-# the executable runs where only the C library is installed.
+# The foreign libraries of image/, and on Windows of base/: shared ones, or with ZV_STATIC their
+# archives, so that the executable runs where only the C library is installed.
 option(ZV_STATIC "Link the image codecs and the C++ runtime statically where archives exist" OFF)
 set(ZV_PKG_MODULES libtiff-4 freetype2 libpng libjpeg)
 add_library(zv_uv INTERFACE)  # child processes, where the system has no fork

@@ -1,5 +1,6 @@
 #include "base/glob.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -112,6 +113,7 @@ std::vector<std::string> glob(const std::string& pattern) {
   const fs::path path(pattern);
   if (path.empty()) return found;
   expand({}, path.begin(), path.end(), found);
+  std::sort(found.begin(), found.end());
   return found;
 }
 

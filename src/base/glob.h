@@ -9,9 +9,8 @@ namespace zv {
 
 bool has_wildcards(std::string_view text);
 bool matches(std::string_view pattern, std::string_view name);
-// The existing paths that a pattern names, spelled as the pattern spells them, in the order in
-// which the folders list them. Names that begin with "." are matched only by patterns that begin
-// so.
+// The existing paths that a pattern names, spelled as the pattern spells them, sorted. Names that
+// begin with "." are matched only by patterns that begin so.
 std::vector<std::string> glob(const std::string& pattern);
 
 }  // namespace zv

@@ -1,7 +1,5 @@
 #include "read/expand_inputs.h"
 
-#include <algorithm>
-
 #include "base/glob.h"
 #include "base/output_stream.h"
 #include "base/unicode.h"
@@ -52,8 +50,7 @@ bool add_named(const std::string& input, Files& files) {
 }
 
 void add_pattern(const std::string& pattern, Files& files, std::ostream& out) {
-  auto names = glob(pattern);
-  std::sort(names.begin(), names.end());
+  const auto names = glob(pattern);
   if (names.empty()) out << "Skip: " << Foreign{pattern} << "\n";
   for (const std::string& name : names) {
     if (!add_named(name, files)) out << "Skip: " << Foreign{name} << "\n";

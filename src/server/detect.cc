@@ -6,10 +6,10 @@
 #include "base/glob.h"
 #include "base/value_text.h"
 #include "command/image_files.h"
-#include "http/errors.h"
+#include "http/client.h"
+#include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
-#include "server/server_api.h"
 
 namespace zv::server {
 namespace {
@@ -20,15 +20,14 @@ std::vector<fs::path> expanded(const List& images, std::ostream& out) {
   std::vector<fs::path> paths;
   for (const Value& image : images) {
     const std::string word = plain_text(image);
-    const auto matches = glob(word);
-    paths.insert(paths.end(), matches.begin(), matches.end());
-    if (!matches.empty()) continue;
     std::error_code ignored;
     if (fs::exists(word, ignored)) {
-      paths.emplace_back(word);
-    } else {
-      out << "Warning: " << word << " not found, skipping\n";
+      paths.emplace_back(word);  // also a name that would do for a pattern
+      continue;
     }
+    const auto matches = glob(word);
+    paths.insert(paths.end(), matches.begin(), matches.end());
+    if (matches.empty()) out << "Warning: " << word << " not found, skipping\n";
   }
   return paths;
 }
@@ -60,7 +59,7 @@ void print_plates(const std::string& name, const Map& answer, std::ostream& out)
   out << "  " + name + ": " + std::to_string(length(results)) + " plate(s)" + time();
   const auto* plates = results.as<List>();
   if (!plates) throw Error("the server's plates are no list");
-  for (const Value& plate : *plates) out << plate_line(object_of(plate)) + "\n";
+  for (const Value& plate : *plates) out << plate_line(http::object_of(plate)) + "\n";
 }
 
 // One run over the images: the address and the fields are the same for all of them.
@@ -68,7 +67,8 @@ class Detection {
  public:
   Detection(const Args& args, Session& session)
       : session_(session),
-        address_(_server_base_url(args) + (args.flag("mmc") ? "/api/anpr/mmc" : "/api/anpr")) {
+        address_(http::_server_base_url(args) +
+                 (args.flag("mmc") ? "/api/anpr/mmc" : "/api/anpr")) {
     const Value region = args.value("region");
     if (truthy(region)) fields_.set("region", region);
   }
@@ -91,10 +91,10 @@ class Detection {
  private:
   void upload(const fs::path& path, const std::string& name) {
     // The server tells formats by their content: everything goes as image/jpeg.
-    ServerRequest request{.url = address_, .data = fields_};
-    request.files.emplace_back("image", Upload{name, read_file(path), "image/jpeg"});
-    const Value answer = _server_api(session_.engine, std::move(request));
-    print_plates(name, object_of(answer), session_.out);
+    http::ServerRequest request{.url = address_, .data = fields_};
+    request.files.emplace_back("image", http::Upload{name, read_file(path), "image/jpeg"});
+    const Value answer = http::_server_api(session_.engine, std::move(request));
+    print_plates(name, http::object_of(answer), session_.out);
   }
 
   Session& session_;

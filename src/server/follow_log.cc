@@ -1,5 +1,6 @@
 #include "server/follow_log.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <fstream>
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int LINES_AT_FIRST = 10;
 constexpr std::chrono::milliseconds PAUSE(100);
+constexpr std::size_t REMEMBERED = 1024;  // bytes by which a log is known again
 
 // Where the last lines begin.
 std::size_t start_of_last_lines(std::string_view text, int count) {
@@ -31,6 +33,7 @@ LogFollower::LogFollower(std::filesystem::path log, std::ostream& out)
   const std::string text = read_file(log_);
   out_ << text.substr(start_of_last_lines(text, LINES_AT_FIRST)) << std::flush;
   copied_ = text.size();
+  remember(text);
 }
 
 void LogFollower::copy_new() {
@@ -38,8 +41,10 @@ void LogFollower::copy_new() {
   const std::uintmax_t size = std::filesystem::file_size(log_, missing);
   if (missing || size == copied_) return;
   if (size < copied_) {
-    copy_from(log_.string() + ".1");
+    const std::string rotated = log_.string() + ".1";
+    if (continues(rotated)) copy_from(rotated);
     copied_ = 0;
+    last_.clear();
   }
   copy_from(log_);
   out_.flush();
@@ -51,9 +56,25 @@ void LogFollower::copy_from(const std::filesystem::path& path) {
   file.seekg(static_cast<std::streamoff>(copied_));
   std::array<char, 1 << 14> chunk{};
   while (file.read(chunk.data(), chunk.size()), file.gcount() > 0) {
-    out_.write(chunk.data(), file.gcount());
-    copied_ += static_cast<std::uintmax_t>(file.gcount());
+    const std::string_view text(chunk.data(), static_cast<std::size_t>(file.gcount()));
+    out_ << text;
+    copied_ += text.size();
+    remember(text);
   }
+}
+
+void LogFollower::remember(std::string_view text) {
+  last_ += text.substr(text.size() - std::min(text.size(), REMEMBERED));
+  if (last_.size() > REMEMBERED) last_.erase(0, last_.size() - REMEMBERED);
+}
+
+// Whether the file holds what was copied last, where it was copied from.
+bool LogFollower::continues(const std::filesystem::path& path) const {
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(copied_ - last_.size()));
+  std::string there(last_.size(), '\0');
+  file.read(there.data(), static_cast<std::streamsize>(there.size()));
+  return file && there == last_;
 }
 
 void follow_log(const std::filesystem::path& log, std::ostream& out) {

@@ -55,8 +55,9 @@ void follow(const fs::path& log, std::ostream& out) {
 void logs(const Args& args, Session& session, const Daemon& daemon) {
   const fs::path folder = plain_text(daemon.get_config_dir.call());
   const fs::path log = folder / "logs" / "server.log";
-  std::error_code ignored;
-  if (!fs::exists(log, ignored)) {
+  std::error_code problem;
+  if (!fs::exists(log, problem)) {
+    if (problem) throw Error(os_error_text(problem.value(), log.string()));
     session.out << "No log file found\n";
   } else if (args.flag("follow")) {
     follow(log, session.out);

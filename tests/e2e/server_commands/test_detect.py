@@ -69,11 +69,21 @@ def test_an_empty_region_is_not_sent(ask, server, photo):
 
 
 def test_every_format_goes_as_jpeg_and_names_as_they_are(ask, server, zv):
-    (zv.folder / 'ä "x".PNG').write_bytes(b"png")
+    (zv.folder / "ä 'x'.PNG").write_bytes(b"png")
     server.answers["/api/anpr"] = plates()
-    ask("detect", 'ä "x".PNG')
+    ask("detect", "ä 'x'.PNG")
     (request,) = server.requests
-    assert request.body == multipart(boundary_of(request), 'ä "x".PNG', b"png")
+    assert request.body == multipart(boundary_of(request), "ä 'x'.PNG", b"png")
+
+
+def test_no_name_breaks_out_of_its_line(ask, server, zv):
+    name = 'q"; x="\r\nContent-Type: x\r\n\r\ninjected.jpg'
+    (zv.folder / name).write_bytes(b"jpg")
+    server.answers["/api/anpr"] = plates()
+    ask("detect", name)
+    (request,) = server.requests
+    escaped = "q%22; x=%22%0D%0AContent-Type: x%0D%0A%0D%0Ainjected.jpg"
+    assert request.body == multipart(boundary_of(request), escaped, b"jpg")
 
 
 def test_plates_are_printed_with_percentages_as_sent(ask, server, photo):
@@ -137,6 +147,22 @@ def test_a_name_with_brackets_that_exists_is_taken_as_it_is(ask, server, zv):
     (zv.folder / "a[1].jpg").write_bytes(b"x")
     server.answers["/api/anpr"] = plates()
     assert ask("detect", "a[1].jpg") == "  a[1].jpg: (no plates)  [0.00s]\n"
+
+
+def test_a_name_with_brackets_is_taken_before_what_it_would_match(ask, server, zv):
+    (zv.folder / "a[1].jpg").write_bytes(b"x")
+    (zv.folder / "a1.jpg").write_bytes(b"other")
+    server.answers["/api/anpr"] = plates()
+    assert ask("detect", "a[1].jpg") == "  a[1].jpg: (no plates)  [0.00s]\n"
+
+
+def test_what_a_pattern_matches_is_sorted(ask, server, zv):
+    names = [f"{i:02}.jpg" for i in range(20)]
+    for name in names[::-1] + names[::3]:
+        (zv.folder / name).write_bytes(b"x")
+    server.answers["/api/anpr"] = plates()
+    lines = ask("detect", "*.jpg").splitlines()
+    assert [line.split(":")[0].strip() for line in lines[:20]] == names
 
 
 def test_nothing_found(zv):

@@ -20,6 +20,16 @@ def test_no_log(zv, words):
     assert tuple(zv("server", "logs", *words)) == (0, "No log file found\n", "")
 
 
+@pytest.mark.parametrize("words", [(), ("--follow",)])
+def test_a_log_that_cannot_be_looked_at_is_no_missing_one(zv, words):
+    folder = zv.home / ".zelvoran"
+    folder.mkdir()
+    (folder / "logs").symlink_to("logs")
+    path = folder / "logs" / "server.log"
+    told = f"Error: [Errno 40] Too many levels of symbolic links: '{path}'\n"
+    assert tuple(zv("server", "logs", *words)) == (1, told, "")
+
+
 @pytest.mark.parametrize(
     ("count", "lines"),
     [("5", "a\nb\nc\n"), ("3", "a\nb\nc\n"), ("2", "b\nc\n"), ("0", ""), ("9" * 30, "a\nb\nc\n")],

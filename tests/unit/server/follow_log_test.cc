@@ -85,6 +85,17 @@ TEST_F(FollowLog, TakesNoOlderLogForTheOneThatWasRotated) {
   EXPECT_EQ(out_.str(), "a long first line\nnew\n");
 }
 
+TEST_F(FollowLog, TakesNoLargerLogOfLongAgoForTheOneThatWasRotated) {
+  const fs::path rotated = log_.string() + ".1";
+  std::ofstream(rotated) << std::string(100, 'o') << "\n";
+  write("a first line\n");
+  LogFollower follower(log_, out_);
+  write("new\n", std::ios::trunc);
+  follower.copy_new();
+  fs::remove(rotated);
+  EXPECT_EQ(out_.str(), "a first line\nnew\n");
+}
+
 TEST_F(FollowLog, WaitsForALogThatWasMovedAway) {
   write("first line\n");
   LogFollower follower(log_, out_);
