@@ -20,6 +20,7 @@ if importlib.util.find_spec("zelvoran_anpr") is None:
 
 import zelvoran_anpr
 from hub_server import REPO, Hub
+from release_archives import executable
 
 ENGINE = Path(zelvoran_anpr.__file__).parents[1]
 _CLEARED = ("ZELVORAN_", "HF_", "LLAMA_", "http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY")
@@ -95,3 +96,53 @@ def run(home: Path) -> Iterator[Callable[..., subprocess.Popen[str]]]:
         if child.poll() is None:
             child.send_signal(signal.SIGKILL)
         child.communicate()
+
+
+@pytest.fixture
+def steer(monkeypatch):
+    """Set how the process behaves from its next start on."""
+    return lambda **how: monkeypatch.setenv("LLAMA_DOUBLE", json.dumps(how))
+
+
+@pytest.fixture
+def local_config(home, tmp_path) -> dict:
+    binary = tmp_path / "llama-server"
+    binary.write_bytes(executable())
+    binary.chmod(0o755)
+    for name in ("llm", "mmproj"):
+        (tmp_path / name).write_bytes(b"GGUF")
+    local = {"server_bin": str(binary)} | {n: str(tmp_path / n) for n in ("llm", "mmproj")}
+    return {"backend": "local", "local": {**local, "start_timeout": 20, "request_timeout": 10}}
+
+
+@pytest.fixture
+def make_local(local_config, tmp_path, monkeypatch):
+    """Build the backend; every one that was built is stopped afterwards."""
+    from zelvoran_anpr.mmc import create_backend
+    from zelvoran_anpr.mmc.serve import supervisor
+
+    monkeypatch.setattr(supervisor, "_FIRST_BACKOFF", 0.05)
+    built = []
+
+    def build(**local):
+        merged = {**local_config, "local": {**local_config["local"], **local}}
+        backend = create_backend(merged, tmp_path / "data")
+        built.append(backend)
+        return backend
+
+    yield build
+    for backend in built:
+        backend.stop()
+
+
+@pytest.fixture
+def machine(monkeypatch):
+    """A Linux PC without accelerators and with an empty PATH; tests switch drivers on."""
+    from zelvoran_anpr.mmc.install import accelerators
+
+    state = {"platform": ("ubuntu", "x64"), "cuda": None, "vulkan": False}
+    monkeypatch.setattr(accelerators, "release_platform", lambda: state["platform"])
+    monkeypatch.setattr(accelerators, "cuda_driver_version", lambda: state["cuda"])
+    monkeypatch.setattr(accelerators, "vulkan_loader", lambda: state["vulkan"])
+    monkeypatch.setenv("PATH", "/nonexistent")
+    return state

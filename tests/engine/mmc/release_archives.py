@@ -6,6 +6,12 @@ import tarfile
 import zipfile
 from pathlib import Path
 
+# What releases call their files for Linux; the tag goes in.
+CPU = "llama-{}-bin-ubuntu-x64.tar.gz"
+VULKAN = "llama-{}-bin-ubuntu-vulkan-x64.tar.gz"
+CUDA = "llama-{}-bin-ubuntu-cuda-12.8-x64.tar.gz"
+CUDART = "cudart-llama-{}-bin-ubuntu-cuda-12.8-x64.tar.gz"
+
 _DOUBLE = (Path(__file__).parent / "llama_server_double.py").read_text()
 
 
@@ -54,3 +60,13 @@ def windows_build(tag: str) -> bytes:
         archive.writestr("llama-server.exe", executable(tag))
         archive.writestr("ggml.dll", b"MZ")
     return out.getvalue()
+
+
+def version_of(path: str) -> str:
+    """The mark of an executable made here."""
+    return Path(path).read_text().splitlines()[1]
+
+
+def leftovers(local) -> list[str]:
+    """What lies in the folder of our llama-server."""
+    return sorted(p.name for p in local._BIN_DIR.iterdir())

@@ -219,34 +219,6 @@ def test_stop_waits_for_the_call_under_way(make, service):
     assert answers[0]["make"] == "Fiat" and backend.available() is False
 
 
-@pytest.mark.parametrize(
-    ("config", "told"),
-    [
-        ({"backend": "fog"}, "mmc.backend must be cloud or local, not 'fog'"),
-        ({"cloud": []}, None),
-        ({"cloud": "x"}, "mmc.cloud must be a group of settings"),
-        ({"cloud": {"timeout": "soon"}}, "mmc.cloud.timeout must be a number .* not 'soon'"),
-        ({"cloud": {"timeout": True}}, "mmc.cloud.timeout must be a number"),
-        (
-            {"cloud": {"daily_limit": -1}},
-            "mmc.cloud.daily_limit must be a whole number of at least 0",
-        ),
-        ({"cloud": {"url": ["x"]}}, "mmc.cloud.url must be text"),
-        (
-            {"backend": "local", "local": {"parallel": 0}},
-            "mmc.local.parallel must be a whole number",
-        ),
-        ({"backend": "local", "local": {"threads": float("nan")}}, "mmc.local.threads must be"),
-    ],
-)
-def test_a_wrong_setting_is_named(home, config, told):
-    if told is None:
-        assert create_backend(config, None).name == "cloud"
-        return
-    with pytest.raises(MmcError, match=told):
-        create_backend(config, None)
-
-
 def test_an_address_of_another_kind_is_refused(make):
     with pytest.raises(MmcError, match="must start with https:// or http://"):
         make(url="file:///etc/passwd").start()
