@@ -9,9 +9,8 @@
 #include "image/image_file.h"
 #include "read/draw_results.h"
 #include "read/expand_inputs.h"
-#include "read/output_path.h"
+#include "read/output_files.h"
 #include "read/process_image.h"
-#include "read/written_files.h"
 
 namespace zv::read {
 namespace {

@@ -112,6 +112,18 @@ def test_ctrl_c_while_the_last_file_is_written_is_not_lost(zv, car):
     assert names(zv) == {"car.png", "r.json", "out.jpg"}
 
 
+def test_ctrl_c_breaks_off_the_work_on_a_large_picture(zv, car):
+    Image.effect_noise((4000, 3000), 90).convert("RGB").save(zv.folder / "large.bmp")
+    process = zv.popen("large.bmp", "--output", "out.png", "--json", "r.json")
+    lines = [process.stdout.readline().decode() for _ in range(2)]
+    assert lines[1].startswith("large.bmp: 1 plates: ")
+    process.send_signal(signal.SIGINT)
+    out, _ = process.communicate(timeout=60)
+    assert process.returncode == 1
+    assert out.decode() == "\nOperation cancelled.\n"
+    assert names(zv) == {"car.png", "large.bmp"}
+
+
 def test_mode_and_owner_and_links_stay(zv, car):
     (zv.folder / "r.json").write_bytes(OLD)
     (zv.folder / "link.json").symlink_to("r.json")

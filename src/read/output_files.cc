@@ -1,4 +1,4 @@
-#include "read/written_files.h"
+#include "read/output_files.h"
 
 #include <utility>
 
@@ -14,6 +14,17 @@ fs::path real_name(const fs::path& path) {
 }
 
 }  // namespace
+
+fs::path output_path(const std::string& output, const fs::path& image, std::size_t image_count) {
+  if (image_count == 1) return output;
+  std::error_code error;
+  if (fs::is_directory(output, error)) {
+    return fs::path(output) / ("detected_" + image.filename().string());
+  }
+  fs::path out(output);
+  if (!out.has_filename()) out = out.parent_path();  // a slash at the end says nothing more
+  return out.parent_path() / ("detected_" + image.stem().string() + out.extension().string());
+}
 
 WrittenFiles::WrittenFiles(const std::vector<fs::path>& inputs) {
   for (const fs::path& input : inputs) contents_[real_name(input)] = "the photo";

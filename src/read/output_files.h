@@ -1,4 +1,4 @@
-// The files of one run, to tell the user when it writes over one of them.
+// Where the files that one run writes go, and what they write over.
 #pragma once
 
 #include <filesystem>
@@ -8,6 +8,12 @@
 
 namespace zv::read {
 
+// The path of the annotated copy of an image: with one image as the user gave it; with several
+// "detected_<name>" in the folder `output`, or beside `output` with its suffix when that is none.
+std::filesystem::path output_path(const std::string& output, const std::filesystem::path& image,
+                                  std::size_t image_count);
+
+// The files of one run, to tell the user when it writes over one of them.
 class WrittenFiles {
  public:
   explicit WrittenFiles(const std::vector<std::filesystem::path>& inputs);
