@@ -1,6 +1,7 @@
 #include "http/server_api.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 
 #include "base/json.h"
 #include "base/value_text.h"
@@ -54,20 +55,11 @@ Value ask(Request request, const std::string& token) {
 }
 
 // A name between quotes in a header line, as the HTML standard has it.
-std::string escaped(std::string_view name) {
-  std::string result;
-  for (const char c : name) {
-    if (c == '"') {
-      result += "%22";
-    } else if (c == '\r') {
-      result += "%0D";
-    } else if (c == '\n') {
-      result += "%0A";
-    } else {
-      result += c;
-    }
-  }
-  return result;
+std::string escaped(std::string name) {
+  boost::replace_all(name, "\"", "%22");
+  boost::replace_all(name, "\r", "%0D");
+  boost::replace_all(name, "\n", "%0A");
+  return name;
 }
 
 }  // namespace

@@ -393,5 +393,5 @@ def test_what_could_not_be_asked_is_no_answer(zv):
     )
     status, out, _ = zv("gpu-info")
     assert status == 1
-    assert out.splitlines()[-1] == "Error: [Errno 24] Too many open files"
+    assert out.splitlines()[-1] == "Error: [Errno 24] Too many open files: '/dev/null'"
     assert "No backends available" not in out

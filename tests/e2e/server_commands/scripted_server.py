@@ -101,12 +101,12 @@ def read_request(connection: socket.socket) -> Request | None:
         if not chunk:
             return None
         data += chunk
-    head, body = data.split(b"\r\n\r\n", 1)
-    request = Request(head, body)
-    length = int(request.headers.get("content-length", "0"))
-    while len(request.body) < length:
+    head, begun = data.split(b"\r\n\r\n", 1)
+    body = bytearray(begun)
+    length = int(Request(head, b"").headers.get("content-length", "0"))
+    while len(body) < length:
         chunk = connection.recv(65536)
         if not chunk:
             break
-        request.body += chunk
-    return request
+        body += chunk
+    return Request(head, bytes(body))
