@@ -88,3 +88,11 @@ class LocalModule:
 @pytest.fixture
 def local(zv) -> LocalModule:
     return LocalModule(zv)
+
+
+@pytest.fixture
+def ready(local):
+    """The hub's client is there, and any use of the installer would be seen."""
+    local.module("huggingface_hub", "")
+    local.installer("sys.exit(9)")
+    return local

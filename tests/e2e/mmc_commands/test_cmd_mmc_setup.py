@@ -1,43 +1,21 @@
 """mmc-setup: what it asks of the local-MMC module, in which order, and what it reports."""
 
 import json
-import sys
 from pathlib import Path
 
 import pytest
+from setup_lines import (
+    BEFORE_SERVER,
+    DOWNLOADING,
+    HEAD,
+    MANUAL,
+    NOT_READY,
+    READY,
+    SERVER,
+    THERE,
+)
 
 ENGINE = Path(__file__).resolve().parents[3] / "engine"
-
-HEAD = f"\nZelvoran ANPR — Local MMC Setup (on-device VLM)\n{'=' * 50}\n"
-THERE = "\n📦 huggingface_hub already installed.\n"
-DOWNLOADING = (
-    "\n⬇️  Downloading Qwen3-VL-2B GGUF model (~1.5 GB, cached in ~/.zelvoran/models/vlm)...\n"
-)
-MODELS = "   ✓ LLM    : /models/llm.gguf\n   ✓ mmproj : /models/mmproj.gguf\n"
-SERVER = "\n🔎 Setting up llama.cpp `llama-server` binary...\n"
-READY = (
-    "\n✅ Local MMC ready. Switch backend with:\n   zv-anpr mmc-backend local\n"
-    "\n   To remove later: zv-anpr mmc-uninstall [--all]\n"
-)
-NOT_READY = (
-    "\n⚠️  Model is ready but llama-server is not — install it (above), then:\n"
-    "   zv-anpr mmc-backend local\n\n   To remove later: zv-anpr mmc-uninstall [--all]\n"
-)
-MANUAL = """
-   Manual install:
-     • prebuilt: https://github.com/ggml-org/llama.cpp/releases
-     • or build: cmake -B build -DGGML_CUDA=ON && cmake --build build -j
-     Then:  export ZELVORAN_LLAMA_SERVER=/path/to/llama-server
-"""
-BEFORE_SERVER = HEAD + THERE + DOWNLOADING + MODELS + SERVER
-
-
-@pytest.fixture
-def ready(local):
-    """The hub's client is there, and any use of the installer would be seen."""
-    local.module("huggingface_hub", "")
-    local.installer("sys.exit(9)")
-    return local
 
 
 def test_all_is_well(ready):
@@ -96,94 +74,6 @@ def test_no_note_no_line(ready, extra):
         f"    return {{'variant': 'cpu', 'path': 'p'{extra}}}"
     )
     assert "note:" not in ready.zv("mmc-setup").out
-
-
-@pytest.mark.parametrize("text", ["raise ImportError", "raise RuntimeError('broken')"])
-def test_the_client_is_installed_when_it_cannot_be_imported(local, text):
-    """What the installer brings is found at once by the modules that need it."""
-    local.module("huggingface_hub", text)
-    new = local.zv.engine_folder / "hub_client_part.py"
-    local.installer(f"open({str(new)!r}, 'w').close()")
-    local.script("import hub_client_part")
-    out = local.zv("mmc-setup").out
-    assert out == (
-        HEAD
-        + "\n🔧 Installing huggingface_hub (for model download)...\n"
-        + f"  → {sys.executable} -m pip install huggingface_hub\n"
-        + BEFORE_SERVER[len(HEAD + THERE) :]
-        + "   ✓ llama-server ready (vulkan): /bin/llama-server\n"
-        + READY
-    )
-    assert local.calls() == ["pip", "ensure_models", "download_server_bin"]
-    assert local.calls("pip") == [["pip", ["install", "huggingface_hub"], {}]]
-
-
-def test_the_client_cannot_be_installed(local):
-    local.module("huggingface_hub", "raise ImportError")
-    local.installer("print(' no network '); sys.exit(1)")
-    assert tuple(local.zv("mmc-setup", "--no-download")) == (
-        0,
-        HEAD
-        + "\n🔧 Installing huggingface_hub (for model download)...\n"
-        + f"  → {sys.executable} -m pip install huggingface_hub\n"
-        + "  ✗ Failed: no network\n"
-        + "\n✗ Failed to install huggingface_hub.\n"
-        + "   Manual retry: pip install huggingface_hub\n",
-        "",
-    )
-    assert local.calls() == ["pip"]
-
-
-def test_no_local_module(ready):
-    ready.file.unlink()
-    status, out, _ = ready.zv("mmc-setup")
-    assert (status, out) == (
-        0,
-        HEAD + THERE + "\n✗ Local MMC module unavailable: "
-        "No module named 'zelvoran_anpr.zelvoran_anpr_mmc_local'\n",
-    )
-
-
-@pytest.mark.parametrize("name", ["ensure_models", "_server_bin_runs", "download_server_bin"])
-def test_a_name_is_missing_from_the_module(ready, name):
-    ready.script(f"del {name}")
-    assert ready.zv("mmc-setup").out == (
-        HEAD + THERE + f"\n✗ Local MMC module unavailable: cannot import name {name!r} from "
-        f"'zelvoran_anpr.zelvoran_anpr_mmc_local' ({ready.file})\n"
-    )
-    assert ready.calls() == []
-
-
-def test_the_models_cannot_be_had(ready):
-    ready.script("def ensure_models(**_):\n    raise OSError('hub says: no\\nsecond line')")
-    assert tuple(ready.zv("mmc-setup", "--no-download")) == (
-        0,
-        HEAD
-        + THERE
-        + DOWNLOADING
-        + "\n✗ Model download failed: hub says: no\nsecond line\n"
-        + "   Retry later or set --hf-endpoint https://hf-mirror.com\n",
-        "",
-    )
-    assert ready.calls() == ["ensure_models"]
-
-
-def test_the_binary_cannot_be_had(ready):
-    ready.script("def download_server_bin(**_):\n    raise ValueError('no build for this machine')")
-    assert tuple(ready.zv("mmc-setup")) == (
-        0,
-        BEFORE_SERVER
-        + "   ✗ auto-install failed: no build for this machine\n"
-        + MANUAL
-        + NOT_READY,
-        "",
-    )
-
-
-def test_an_answer_without_a_path_counts_as_failed(ready):
-    ready.script("def download_server_bin(**_):\n    return {'variant': 'cpu'}")
-    out = ready.zv("mmc-setup").out
-    assert out == BEFORE_SERVER + "   ✗ auto-install failed: 'path'\n" + MANUAL + NOT_READY
 
 
 def test_skip_llama_finds_nothing(ready):
