@@ -11,6 +11,7 @@ from pathlib import Path
 
 import pytest
 import runtime_wheels
+from gpu_machine import Environment
 
 RULE = "=" * 50
 UNTOUCHED = ("pip", "setuptools")
@@ -121,3 +122,8 @@ def eventually() -> Callable[[Callable[[], bool]], None]:
             time.sleep(0.01)
 
     return wait
+
+
+@pytest.fixture
+def environment(zv) -> Environment:
+    return Environment(zv)
