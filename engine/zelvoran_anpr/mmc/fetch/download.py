@@ -1,7 +1,7 @@
 """Resumable download of one file of known size and digest into a `.part` file.
 
 Whatever interrupts it, the bytes already on disk are kept and only the rest is asked for next time.
-The model hub's client library drops what it has when it is interrupted, so its download is not used.
+The model hub's client library begins anew after an interruption, so its download is not used.
 """
 
 import shutil
