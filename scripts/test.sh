@@ -15,7 +15,8 @@ export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$JOBS}
 unset ZV_ANPR_EXE ZV_ANPR_TEST_TOOLS ZV_ANPR_PYTHON ZELVORAN_CONFIG_DIR PYTHONPATH
 
 install_packages() {
-  ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" && ensure_browser && ensure_localhost
+  ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" && ensure_browser &&
+    ensure_proxies && ensure_localhost
 }
 
 install_wheel() { ensure_environment "$VENV" && ensure_installed "$VENV" '.[dev]'; }

@@ -13,6 +13,8 @@ TEST_PACKAGES=(
 )
 # What the tests of the dashboard drive; Ubuntu has it outside its package archive only.
 BROWSER_PACKAGES=(chromium chromium-driver)
+# What the tests put before the server, and what checks its unit; other archives lack some of it.
+PROXY_PACKAGES=(caddy nginx systemd)
 
 missing_packages() {
   local package
@@ -49,6 +51,17 @@ ensure_browser() {
     ensure_packages "${BROWSER_PACKAGES[@]}"
   else
     echo "No Chromium and chromedriver on PATH: the tests of the dashboard will be skipped."
+  fi
+}
+
+# Installing them must not start them: tests run their own, on free ports.
+ensure_proxies() {
+  command -v caddy >/dev/null && command -v nginx >/dev/null && command -v systemd-analyze \
+    >/dev/null && return
+  if [ "$(. /etc/os-release && echo "$ID")" = debian ]; then
+    RUNLEVEL=1 ensure_packages "${PROXY_PACKAGES[@]}"
+  else
+    echo "Without caddy, nginx and systemd-analyze on PATH their tests will be skipped."
   fi
 }
 

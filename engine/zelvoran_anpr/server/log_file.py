@@ -10,7 +10,6 @@ import logging
 import os
 import sys
 import threading
-import time
 from collections.abc import Iterator
 from pathlib import Path
 from queue import SimpleQueue
@@ -152,19 +151,15 @@ class DeferredLogHandler(logging.Handler):
             self._file.write(line)
 
 
-class _Format(logging.Formatter):
-    converter = time.gmtime
-    default_time_format = "%Y-%m-%dT%H:%M:%S"
-    default_msec_format = "%s.%03dZ"
-
-
-def set_up_logging(path: Path, max_bytes: int, kept: int, console: bool) -> None:
+def set_up_logging(
+    path: Path, max_bytes: int, kept: int, console: bool, lines: logging.Formatter
+) -> None:
     """Send everything that is logged in this process to the log, and to stderr if wanted."""
     handlers: list[logging.Handler] = [DeferredLogHandler(path, max_bytes, kept)]
     if console:
         handlers.append(logging.StreamHandler(sys.stderr))
     for handler in handlers:
-        handler.setFormatter(_Format("%(asctime)s %(process)d %(levelname)s %(name)s %(message)s"))
+        handler.setFormatter(lines)
     logging.basicConfig(handlers=handlers, level=logging.INFO, force=True)
     logging.raiseExceptions = False  # a line that cannot be made costs nobody a request
 

@@ -7,16 +7,17 @@ import signal
 import sys
 import threading
 import time
-from socket import socket
 from typing import Any
 
 from .config.config_file import ConfigError
 from .config.paths import log_path
 from .config.settings import Settings
+from .daemon.listeners import Listeners
 from .daemon.options import StartOptions, require_token, resolve
-from .daemon.ports import PortProblem, listen
+from .daemon.ports import PortProblem
 from .daemon.records import LOADING, PREPARED, READY, STARTING, OwnRecord, base_url
 from .log_file import set_up_logging
+from .log_lines import FORMATS
 
 _PORT_SECONDS = 5
 
@@ -33,21 +34,22 @@ def serve(settings: Settings, detached: bool, start_id: str = "", replaces: bool
 
     server, limits = settings.server, settings.limits
     token = require_token(server.host)
-    listener = None if replaces else listen(server.host, server.port)
-    set_up_logging(log_path(), int(limits.log_mb * 1e6), limits.log_files, not detached)
+    listeners = None if replaces else Listeners(server)
+    lines = FORMATS[server.log_format]()
+    set_up_logging(log_path(), int(limits.log_mb * 1e6), limits.log_files, not detached, lines)
     for line in settings.warnings:
         _log.warning("%s", line)
     record = OwnRecord(settings, __version__, detached, start_id)
     try:
-        _run(settings, token, record, listener, detached)
+        _run(settings, token, record, listeners, detached)
     finally:
         record.remove()
-        if listener is not None:
-            listener.close()
+        if listeners is not None:
+            listeners.close()
 
 
 def _run(
-    settings: Settings, token: str, record: OwnRecord, listener: socket | None, detached: bool
+    settings: Settings, token: str, record: OwnRecord, listeners: Listeners | None, detached: bool
 ) -> None:
     from .web.service import Service
 
@@ -56,17 +58,17 @@ def _run(
     if not detached:
         _announce(base_url(settings.server.host, settings.server.port))
         _stop_with_parent(service)
-    if listener is None:
+    if listeners is None:
         record.write(STARTING)
         service.run_prepared(lambda: _port_when_told(settings, record))
     else:
         record.write(LOADING)
-        service.run(listener)
+        service.run(listeners.sockets)
     if service.failure:
         raise RuntimeError(service.failure)
 
 
-def _port_when_told(settings: Settings, record: OwnRecord) -> socket:
+def _port_when_told(settings: Settings, record: OwnRecord) -> Listeners:
     """Say that only the port is missing; return it when the one before has let go of it."""
     record.write(PREPARED)
     if not sys.stdin.readline():
@@ -74,7 +76,7 @@ def _port_when_told(settings: Settings, record: OwnRecord) -> socket:
     deadline = time.monotonic() + _PORT_SECONDS
     while True:
         try:
-            return listen(settings.server.host, settings.server.port)
+            return Listeners(settings.server)
         except PortProblem:
             if time.monotonic() > deadline:
                 raise

@@ -34,6 +34,28 @@ def test_a_photo_without_a_plate_gives_no_results(client):
     assert answer["processing_sec"] >= 0
 
 
+def test_several_photos_come_in_one_request_each_with_its_own_answer(client):
+    photos = [("images", (name, data, "image/jpeg")) for name, data in (
+        ("one.jpg", jpeg()), ("two.txt", b"no photo"), ("three.jpg", jpeg(320, 240)))]  # fmt: skip
+    answer = client.post("/api/anpr/batch", files=photos, data={"region": "Germany"}).json()
+    assert answer["success"] is True
+    one, two, three = answer["photos"]
+    assert (one["file"], one["status"], one["answer"]["width"]) == ("one.jpg", 200, 640)
+    assert (one["answer"]["region"], three["answer"]["height"]) == ("de", 240)
+    assert (two["status"], two["success"], two["answer"]) == (422, False, None)
+    assert "no JPEG" in two["error"]
+    assert client.post("/api/anpr/batch", files=[photos[0]] * 17).status_code == 413
+    refused = client.post("/api/anpr/batch", files=photos, data={"region": "atlantis"})
+    assert refused.status_code == 422
+
+
+def test_the_stages_of_a_photo_are_timed(client):
+    upload(client, jpeg())
+    text = client.get("/metrics").text
+    for stage in ("waiting", "decoding", "reading"):
+        assert f'anpr_stage_seconds_count{{stage="{stage}"}}' in text
+
+
 def test_served_requests_are_counted_and_errors_of_clients_are_not(client):
     before = client.get("/api/health").json()
     upload(client, jpeg())

@@ -58,22 +58,36 @@ def test_our_own_page_needs_a_session(server, client):
 
 @pytest.mark.parametrize("cookie", ["", ".", "..", "1.a.b", "x.y." + "0" * 64, '"', "a=b;c"])
 def test_a_made_up_session_is_none(server, client, cookie):
-    headers = {"Sec-Fetch-Site": "same-origin", "Cookie": f"zv_anpr_session={cookie}"}
+    headers = {"Sec-Fetch-Site": "same-origin", "Cookie": f"{cookie_name(server)}={cookie}"}
     assert client.get("/api/health", headers=headers).status_code == 401
 
 
 def test_a_changed_session_is_none(server, client):
     client.post("/api/session", json={"token": server.home.token()})
-    value = client.cookies["zv_anpr_session"]
+    value = client.cookies[cookie_name(server)]
     client.cookies.clear()
     issued, rest = value.split(".", 1)
     later = f"{int(issued) + 1}.{rest}"
     headers = {"Sec-Fetch-Site": "same-origin"}
     for given, status in ((value, 200), (later, 401)):
         answer = client.get(
-            "/api/health", headers={**headers, "Cookie": f"zv_anpr_session={given}"}
+            "/api/health", headers={**headers, "Cookie": f"{cookie_name(server)}={given}"}
         )
         assert answer.status_code == status
+
+
+def test_a_copy_of_the_cookie_ends_with_the_session(server, client):
+    own = {"Sec-Fetch-Site": "same-origin"}
+    client.post("/api/session", json={"token": server.home.token()})
+    copy = {**own, "Cookie": f"{cookie_name(server)}={client.cookies[cookie_name(server)]}"}
+    assert client.get("/api/health", headers=own).status_code == 200
+    client.delete("/api/session", headers=own)
+    client.cookies.clear()
+    assert client.get("/api/health", headers=copy).status_code == 401
+
+
+def cookie_name(server) -> str:
+    return f"zv_anpr_session_{server.port}"
 
 
 def upload_from(client, headers):

@@ -97,7 +97,7 @@ def test_the_link_signs_in_with_a_token_of_signs(chromium, home):
 def test_the_link_leaves_no_token_where_scripts_or_history_find_it(browser, server):
     assert server.home.token() not in browser.current_url
     assert browser.execute_script("return document.cookie") == ""
-    cookie = browser.get_cookie("zv_anpr_session")
+    cookie = browser.get_cookie(f"zv_anpr_session_{server.port}")
     assert (cookie["httpOnly"], cookie["sameSite"]) == (True, "Strict")
 
 
@@ -128,6 +128,55 @@ def test_plates_are_saved_as_json_and_csv(browser, photo):
     lines = (browser.downloads / "plates.csv").read_text().splitlines()
     assert lines[0].startswith("file,plate_text,confidence,left,")
     assert saved[0]["plate_text"] in lines[1]
+
+
+_HOSTILE = {
+    "file": "=1+1", "plate_text": "=1+cmd|' /C calc'!A0", "confidence": 97.1,
+    "bbox": [-1.5, 2, 3, 4], "region": "@x", "mmc_make": "+1", "mmc_model": "-2+3",
+    "mmc_color": "\t=1",
+}  # fmt: skip
+
+
+def test_no_text_reaches_a_spreadsheet_as_a_formula(browser):
+    csv, text = browser.execute_async_script(
+        "const [plate, done] = arguments; import('/static/export.js').then("
+        "(m) => done([m.asCsv([plate]), m.asText([plate])]))",
+        _HOSTILE,
+    )
+    assert csv.split("\r\n")[1] == (
+        "'=1+1,'=1+cmd|' /C calc'!A0,97.1,-1.5,2,3,4,'@x,'+1,'-2+3,'\t=1"
+    )
+    assert text == "'=1+cmd|' /C calc'!A0\t97.1\t'=1+1"
+
+
+# Answers of the server are held back by the page's own fetch, to see what it asks for meanwhile.
+_HELD = """
+window.asked = []; window.real = window.real ?? window.fetch;
+window.fetch = (path, options) => path !== "/api/anpr" ? window.real(path, options)
+  : new Promise((resolve, reject) => {
+      window.asked.push(() => resolve(window.real(path, options)));
+      options.signal?.addEventListener("abort", () => reject(options.signal.reason));
+    });
+"""
+
+
+def test_photos_are_read_two_at_a_time_and_clear_ends_it(browser, photo, tmp_path):
+    browser.execute_script(_HELD)
+    names = [tmp_path / f"{number}.jpg" for number in range(4)]
+    for name in names:
+        name.write_bytes(photo.read_bytes())
+    find(browser, "#files").send_keys("\n".join(map(str, names[:2])))
+    assert browser.execute_script("return asked.length") == 2
+    find(browser, "#files").send_keys("\n".join(map(str, names[2:])))
+    assert text(browser, "#progress") == "Reading: 0 of 4 photos done"
+    browser.execute_script("document.getElementById('clear').click()")
+    find(browser, "#files").send_keys(str(photo))
+    assert browser.execute_script("return asked.length") == 3  # the two that waited never went
+    assert text(browser, "#progress") == "Reading: 0 of 1 photos done"
+    browser.execute_script("asked.forEach((go) => go())")
+    wait_until(lambda: text(browser, "#progress").startswith("1 photo read"))
+    assert len(browser.find_elements(By.CSS_SELECTOR, "#photos li")) == 1
+    browser.execute_script("window.fetch = window.real")
 
 
 def test_what_is_no_photo_is_told_beside_its_name(browser, tmp_path):
@@ -251,4 +300,4 @@ def test_a_photo_that_the_browser_cannot_draw_is_read_all_the_same(browser, tmp_
 def test_signing_out_ends_the_session(browser, server):
     find(browser, "#sign-out").click()
     wait_until(lambda: browser.current_url == f"{server.url}/login")
-    assert browser.get_cookie("zv_anpr_session") is None
+    assert browser.get_cookie(f"zv_anpr_session_{server.port}") is None

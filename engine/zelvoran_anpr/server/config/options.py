@@ -4,17 +4,9 @@ from dataclasses import dataclass, fields
 from typing import Any
 
 from ...mmc.serve.settings import CloudSettings, LocalSettings
-from ...options import flag, number, option, text, texts, whole
-
-
-def _region(value: Any) -> str | None:
-    from ...region_aliases import to_api_region
-
-    try:
-        to_api_region(value)
-    except ValueError:
-        return "a region such as univ, euplus, korea, de or us"
-    return None
+from ...options import flag, number, option, text, text_or_nothing, texts, whole
+from .checks import log_format, networks, origins
+from .checks import region as region_name
 
 
 @dataclass(frozen=True)
@@ -27,8 +19,16 @@ class ServerOptions:
     backend: str = option("cpu", text, "cpu, cuda or directml")
     detector_model: str = option("640p_fp32", text, "320p_fp32 or 640p_fp32")
     ocr_model: str = option("fp32", text, "fp32 or int8")
-    region: str = option("univ", _region, "plates to expect: univ, euplus, na, korea, de, us, ...")
+    region: str = option(
+        "univ", region_name, "plates to expect: univ, euplus, na, korea, de, us, ..."
+    )
     allowed_hosts: list[str] = option([], texts, "further names that clients reach this server by")
+    unix_socket: str = option("", text_or_nothing, "a Unix socket to listen on as well")
+    log_format: str = option("text", log_format, "text or json")
+    trusted_proxies: list[str] = option(
+        [], networks, "addresses of reverse proxies whose X-Forwarded-For is believed"
+    )
+    cors_origins: list[str] = option([], origins, "origins whose pages may call, with a token")
     require_token: bool = option(False, flag, "ask programs on this machine for the token too")
 
 
@@ -50,6 +50,13 @@ class Limits:
     unpack_mb: float = option(450, number(1, 1e6), "photos unpacked at the same time, in MB")
     megapixels: float = option(50, number(0.001, 1000), "largest photo")
     queue: int = option(32, whole(0, 100000), "photos that may wait; more are answered with 429")
+    batch: int = option(16, whole(1, 1000), "photos in one request to /api/anpr/batch")
+    client_photos: int = option(
+        0, whole(0, 100000), "photos of one address at the same time; 0 for no limit"
+    )
+    client_requests: int = option(
+        0, whole(0, 10**6), "requests of one address in a minute; 0 for no limit"
+    )
     header_seconds: float = option(10, number(0.1, 3600), "for a client to send its request line")
     body_seconds: float = option(60, number(0.1, 3600), "for a client to send its photo")
     request_seconds: float = option(
@@ -59,6 +66,9 @@ class Limits:
     connections: int = option(512, whole(8, 100000), "clients connected at the same time")
     start_seconds: float = option(120, number(1, 3600), "for a background server to become ready")
     stop_seconds: float = option(20, number(0.1, 3600), "for requests under way when stopping")
+    drain_seconds: float = option(
+        0, number(0, 3600), "for which /readyz is 503 before the port closes"
+    )
     log_mb: float = option(10, number(0.001, 10000), "size at which server.log is rotated")
     log_files: int = option(5, whole(1, 100), "rotated logs that are kept")
 
@@ -85,4 +95,6 @@ def default_text() -> str:
 
 
 def _yaml(value: Any) -> str:
+    if value == "":
+        return '""'
     return str(value).lower() if isinstance(value, bool) else str(value)

@@ -17,12 +17,12 @@ def local_api_token() -> str | None:
     Raises OSError, and ValueError with one line when the file holds what no request could carry.
     """
     try:
-        text = _path().read_bytes().decode("ascii", "replace").strip()
+        text = token_path().read_bytes().decode("ascii", "replace").strip()
     except FileNotFoundError:
         return None
     if not all("!" <= character <= "~" for character in text):
         advice = "make a new one with: zv-anpr server token --rotate"
-        raise ValueError(f"{_path()} holds no token; {advice}")
+        raise ValueError(f"{token_path()} holds no token; {advice}")
     return text or None
 
 
@@ -38,8 +38,8 @@ def ensure_api_token(rotate: bool = False) -> str:
     if known is None:
         with _first_user():
             return local_api_token() or _create()
-    if os.name == "posix" and _path().stat().st_mode & 0o077:
-        _path().chmod(0o600)
+    if os.name == "posix" and token_path().stat().st_mode & 0o077:
+        token_path().chmod(0o600)
     return known
 
 
@@ -48,7 +48,7 @@ def _create() -> str:
 
     make_private_dir(get_config_dir())
     token = secrets.token_urlsafe(_BYTES)
-    write_atomic(_path(), f"{token}\n".encode(), 0o600)
+    write_atomic(token_path(), f"{token}\n".encode(), 0o600)
     return token
 
 
@@ -59,5 +59,6 @@ def _first_user() -> AbstractContextManager:
     return FileLock(directory / f"{_NAME}.lock", mode=0o600)
 
 
-def _path() -> Path:
+def token_path() -> Path:
+    """Return where the token of this machine lies."""
     return get_config_dir() / _NAME

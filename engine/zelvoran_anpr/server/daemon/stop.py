@@ -96,7 +96,8 @@ def _patience(target: Instance) -> float:
     from ..config.settings import load_settings
 
     try:
-        seconds = load_settings(target.config_path, {}).limits.stop_seconds
+        limits = load_settings(target.config_path, {}).limits
+        seconds = limits.stop_seconds + limits.drain_seconds
     except ConfigError:
         seconds = Limits().stop_seconds
     return seconds + _GRACE_SECONDS

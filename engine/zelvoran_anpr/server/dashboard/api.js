@@ -28,17 +28,24 @@ export function put(path, content) {
   });
 }
 
-// Uploads one photo; a busy server is asked again when it said to.
-export async function readPhoto(file, withMmc) {
+function pause(seconds, signal) {
+  return new Promise((resolve, reject) => {
+    setTimeout(resolve, seconds * 1000);
+    signal.addEventListener("abort", () => reject(signal.reason), { once: true });
+  });
+}
+
+// Uploads one photo; a busy server is asked again when it said to, until `signal` ends it.
+export async function readPhoto(file, withMmc, signal) {
   const form = new FormData();
   form.append("image", file);
   const path = withMmc ? "/api/anpr/mmc" : "/api/anpr";
   for (;;) {
     try {
-      return await call(path, { method: "POST", body: form });
+      return await call(path, { method: "POST", body: form, signal });
     } catch (error) {
       if (error.status !== 429 && error.status !== 503) throw error;
-      await new Promise((resolve) => setTimeout(resolve, error.retryAfter * 1000));
+      await pause(error.retryAfter, signal);
     }
   }
 }

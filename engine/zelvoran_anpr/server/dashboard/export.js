@@ -10,9 +10,16 @@ function flat(plate) {
   return { ...plate, left, top, right, bottom };
 }
 
+const NUMBER = /^-?\d+(\.\d+)?$/;
+
+// A spreadsheet takes a text that begins so for a formula, and runs it; numbers are none.
+function harmless(value) {
+  const text = String(value ?? "");
+  return /^[\s]*[=+\-@|%]/.test(text) && !NUMBER.test(text) ? `'${text}` : text;
+}
+
 function cell(value) {
-  // A leading sign would make a spreadsheet take the text for a formula.
-  const text = String(value ?? "").replace(/^([=+\-@\t\r])(?!\d)/, "'$1");
+  const text = harmless(value);
   return /[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
 }
 
@@ -23,8 +30,11 @@ export function asCsv(plates) {
 
 export const asJson = (plates) => JSON.stringify(plates, null, 2) + "\n";
 
+const oneLine = (value) => harmless(value).replaceAll(/[\t\r\n]+/g, " ");
+
 export const asText = (plates) =>
-  plates.map((plate) => `${plate.plate_text}\t${plate.confidence}\t${plate.file}`).join("\n");
+  plates.map((plate) =>
+    [plate.plate_text, plate.confidence, plate.file].map(oneLine).join("\t")).join("\n");
 
 export function save(name, type, text) {
   const link = document.createElement("a");

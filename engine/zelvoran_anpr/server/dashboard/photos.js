@@ -5,12 +5,14 @@ import { byId } from "./page.js";
 import { photoCard, plateRow } from "./plates.js";
 
 const AT_ONCE = 2;
-const queue = [];
 const found = [];
-let total = 0;
-let finished = 0;
-let workers = 0;
+let batch = newBatch();
 let afterwards = () => {};
+
+// What was given since the page was opened or cleared; an earlier one's answers are not wanted.
+function newBatch() {
+  return { queue: [], total: 0, finished: 0, workers: 0, ended: new AbortController() };
+}
 
 export function setUpPhotos(onRead) {
   afterwards = onRead;
@@ -41,30 +43,33 @@ function setUpDrop(zone) {
 }
 
 function add(files) {
-  queue.push(...files);
-  total += files.length;
+  batch.queue.push(...files);
+  batch.total += files.length;
   showProgress();
-  while (workers < AT_ONCE && workers < queue.length) work();
+  // Whoever begins takes its first photo at once.
+  while (batch.workers < AT_ONCE && batch.queue.length) work(batch);
 }
 
-async function work() {
-  workers += 1;
-  while (queue.length) {
-    await read(queue.shift());
-    finished += 1;
+async function work(mine) {
+  mine.workers += 1;
+  while (mine.queue.length) {
+    await read(mine.queue.shift(), mine);
+    if (mine !== batch) return;
+    mine.finished += 1;
     showProgress();
   }
-  workers -= 1;
+  mine.workers -= 1;
   afterwards();
 }
 
-async function read(file) {
+async function read(file, mine) {
   const withMmc = byId("with-mmc").checked && !byId("with-mmc").disabled;
   byId("results").hidden = false;
   try {
-    show(file, await readPhoto(file, withMmc));
+    const answer = await readPhoto(file, withMmc, mine.ended.signal);
+    if (mine === batch) show(file, answer);
   } catch (error) {
-    byId("photos").prepend(photoCard(file, null, error.message));
+    if (mine === batch) byId("photos").prepend(photoCard(file, null, error.message));
   }
 }
 
@@ -79,6 +84,7 @@ function show(file, answer) {
 }
 
 function showProgress() {
+  const { total, finished } = batch;
   const open = total - finished;
   byId("progress").textContent = open
     ? `Reading: ${finished} of ${total} photos done`
@@ -91,11 +97,12 @@ async function copy() {
 }
 
 function clear() {
+  batch.ended.abort();
+  batch = newBatch();
   for (const image of byId("photos").querySelectorAll("img")) URL.revokeObjectURL(image.src);
   byId("photos").replaceChildren();
   byId("plates").replaceChildren();
   found.length = 0;
-  total = finished = 0;
   byId("results").hidden = true;
   byId("progress").textContent = "";
   byId("files").focus();

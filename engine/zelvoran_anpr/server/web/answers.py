@@ -10,7 +10,7 @@ class Problem(BaseModel):
     """What every refused or failed request is answered with."""
 
     success: bool = False
-    error: str = Field(description="One line that says what to do")
+    error: str = Field(description="One line that says what to do", examples=["The image is empty"])
 
 
 def problem(status: int, text: str, **headers: str) -> JSONResponse:
@@ -19,16 +19,19 @@ def problem(status: int, text: str, **headers: str) -> JSONResponse:
 
 
 PROBLEMS: dict[Any, dict[str, Any]] = {
-    status: {"model": Problem} for status in (400, 401, 403, 408, 413, 422)
+    status: {"model": Problem} for status in (400, 401, 403, 408, 413, 422, 429, 431, 503)
 }
 """Every route may be refused so: before it is met, or because of what was sent."""
 
 
 class Plate(BaseModel):
-    plate_text: str
-    confidence: float = Field(description="Of the text, in percent")
-    bbox: list[float] = Field(description="Left, top, right, bottom in pixels of the upright photo")
-    bbox_confidence: float = Field(description="Of the position, in percent")
+    plate_text: str = Field(examples=["AYO9034"])
+    confidence: float = Field(description="Of the text, in percent", examples=[97.1])
+    bbox: list[float] = Field(
+        description="Left, top, right, bottom in pixels of the upright photo",
+        examples=[[463.0, 399.0, 563.0, 444.0]],
+    )
+    bbox_confidence: float = Field(description="Of the position, in percent", examples=[91.4])
     mmc_make: str = Field("", description="Vehicle make; empty when unknown or not asked for")
     mmc_model: str = ""
     mmc_color: str = ""
@@ -37,11 +40,26 @@ class Plate(BaseModel):
 class Recognition(BaseModel):
     success: bool = True
     results: list[Plate]
-    region: str = Field(description="The region that was read for")
-    width: int = Field(description="Of the upright photo, in pixels")
-    height: int
-    processing_sec: float = Field(description="From the complete upload to the answer")
+    region: str = Field(description="The region that was read for", examples=["univ"])
+    width: int = Field(description="Of the upright photo, in pixels", examples=[1280])
+    height: int = Field(examples=[720])
+    processing_sec: float = Field(
+        description="From the complete upload to the answer", examples=[0.117]
+    )
     mmc_error: str | None = Field(None, description="Why make, model and colour are missing")
+
+
+class BatchItem(BaseModel):
+    file: str = Field(description="As the client named it", examples=["car.jpg"])
+    status: int = Field(description="What a request with this photo alone is answered with")
+    success: bool
+    answer: Recognition | None = None
+    error: str | None = Field(None, description="Why there is no answer, in one line")
+
+
+class Batch(BaseModel):
+    success: bool = Field(True, description="The request was understood; see each photo's own")
+    photos: list[BatchItem] = Field(description="In the order in which they were sent")
 
 
 class HealthCheck(BaseModel):
@@ -101,11 +119,14 @@ class MmcChange(BaseModel):
 
 
 class RegionName(BaseModel):
-    region: str = Field(description='Such as "korea", "euplus", "de" or "Germany"', max_length=100)
+    region: str = Field(
+        description='Such as "korea", "euplus", "de" or "Germany"', max_length=100,
+        examples=["korea"],
+    )  # fmt: skip
 
 
 class BackendName(BaseModel):
-    backend: str = Field(description='"cloud" or "local"', max_length=100)
+    backend: str = Field(description='"cloud" or "local"', max_length=100, examples=["cloud"])
 
 
 class Token(BaseModel):

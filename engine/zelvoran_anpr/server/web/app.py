@@ -7,14 +7,19 @@ from starlette.exceptions import HTTPException
 
 from ..._version import __version__
 from ..workers.errors import NotReady, PhotoRefused, PoolFull, WorkerLost
-from . import management, probes, recognition, sign_in
+from . import batch, management, probes, recognition, sign_in
 from .answers import problem
 from .body_limits import BodyLimits
 from .departure import ClientLeft
+from .description import describe, operation_id
+from .gate import Gate
 from .guard import Guard
 from .methods import offered
 from .pages import add_pages
+from .paths import PAGES
 from .state import ServiceState
+
+_ROUTERS = (recognition.router, batch.router, management.router, probes.router, sign_in.router)
 
 
 def create_app(state: ServiceState) -> FastAPI:
@@ -23,14 +28,18 @@ def create_app(state: ServiceState) -> FastAPI:
         title="Zelvoran ANPR", version=__version__, docs_url=None, redoc_url=None,
         description="Reads number plates on photos. Nothing leaves this machine unless the "
         "cloud backend for make, model and colour is asked.",
+        generate_unique_id_function=operation_id,
     )  # fmt: skip
     app.state.service = state
-    for router in (recognition.router, management.router, probes.router, sign_in.router):
+    for router in _ROUTERS:
         app.include_router(router)
     add_pages(app)
+    describe(app, state)
     _add_handlers(app)
     app.add_middleware(BodyLimits, state=state)
-    app.add_middleware(Guard, state=state)  # added last, met first
+    app.add_middleware(Gate, state=state)
+    known = PAGES | {getattr(route, "path", "") for r in _ROUTERS for route in r.routes}
+    app.add_middleware(Guard, state=state, known_paths=known)  # added last, met first
     return app
 
 

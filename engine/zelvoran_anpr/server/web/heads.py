@@ -23,11 +23,13 @@ def head_problem(scope: Scope) -> Refusal | None:
     """Refuse a head that nothing good comes with."""
     headers = scope["headers"]
     if sum(len(name) + len(value) for name, value in headers) > MOST_BYTES:
-        return Refusal(431, f"The headers may have at most {MOST_BYTES // 1024} KB together")
+        text = f"The headers may have at most {MOST_BYTES // 1024} KB together"
+        return Refusal(431, text, "head")
     names = [name for name, _ in headers]
     if b"transfer-encoding" in names and b"content-length" in names:
         # Two servers in a row could see two different requests in it.
-        return Refusal(400, "Send either Content-Length or Transfer-Encoding, not both")
+        text = "Send either Content-Length or Transfer-Encoding, not both"
+        return Refusal(400, text, "head")
     return None
 
 

@@ -21,6 +21,7 @@ from .answers import (
     RegionName,
     Regions,
 )
+from .audit import record_change
 from .departure import unless_left
 from .state import ServiceState
 
@@ -74,6 +75,8 @@ async def change_mmc_backend(request: Request, wanted: BackendName) -> MmcChange
     previous = mmc.name
     change = asyncio.wrap_future(mmc.change(wanted.backend.lower()))
     problem = await unless_left(request, change)
+    if problem is None:
+        record_change(request, "mmc.backend", previous, mmc.name)
     return MmcChange(
         success=problem is None, backend=mmc.name, previous_backend=previous, error=problem
     )
@@ -93,6 +96,7 @@ async def change_region(request: Request, wanted: RegionName) -> RegionChange:
         previous = choice.change(wanted.region)
     except ValueError as error:
         return RegionChange(success=False, error=str(error))
+    record_change(request, "region", previous, choice.active)
     return RegionChange(success=True, previous_region=previous, current_region=choice.active)
 
 

@@ -9,11 +9,11 @@ _METHODS = ("DELETE", "GET", "PATCH", "POST", "PUT")
 
 
 def as_routed(scope: Scope) -> Scope:
-    """Return the scope to find a route for: HEAD is answered like GET, by the same route.
+    """Return a scope to find a route for: HEAD is answered like GET, by the same route.
 
     The server leaves the body out.
     """
-    return {**scope, "method": "GET"} if scope["method"] == "HEAD" else scope
+    return {**scope, "method": "GET" if scope["method"] == "HEAD" else scope["method"]}
 
 
 def offered(routes: Sequence[BaseRoute], path: str) -> str:

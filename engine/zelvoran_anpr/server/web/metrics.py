@@ -1,14 +1,24 @@
 """Counters of the service, also in the text form that Prometheus reads."""
 
 import os
+import platform
 import time
+from collections.abc import Mapping
 from typing import Any
 
 import psutil
 from prometheus_client import CollectorRegistry, Counter, Gauge, Histogram, ProcessCollector
 from prometheus_client import generate_latest as _text
 
+from ..._version import __version__
+
 _SECONDS = (0.01, 0.025, 0.05, 0.1, 0.25, 0.5, 1, 2.5, 5, 10, 30)
+STAGES = ("waiting", "decoding", "detecting", "reading")
+"""What becomes of a photo, in this order."""
+_REASONS = {
+    400: "invalid", 404: "path", 405: "method", 408: "slow", 413: "large", 422: "invalid",
+    429: "busy", 499: "left", 503: "loading", 504: "late",
+}  # fmt: skip
 
 
 class Metrics:
@@ -30,6 +40,20 @@ class Metrics:
             "anpr_http_request_seconds", "Time to answer", ["route"], buckets=_SECONDS,
             registry=registry,
         )  # fmt: skip
+        self._bytes_in = Counter(
+            "anpr_http_request_bytes", "Bytes of request bodies that were taken in",
+            registry=registry,
+        )  # fmt: skip
+        self._refusals = Counter(
+            "anpr_http_refusals", "Requests that were not served, by reason", ["reason"],
+            registry=registry,
+        )  # fmt: skip
+        self._stages = Histogram(
+            "anpr_stage_seconds", "Time of one photo in each stage", ["stage"], buckets=_SECONDS,
+            registry=registry,
+        )  # fmt: skip
+        build = Gauge("anpr_build_info", "What runs; always 1", list(_build()), registry=registry)
+        build.labels(**_build()).set(1)
         self._plates = Counter("anpr_plates", "Plates read", registry=registry)
         held = Gauge("anpr_pool_held", "Calls that run or wait", ["pool"], registry=registry)
         held.labels("reader").set_function(lambda: state.readers.held)
@@ -44,6 +68,18 @@ class Metrics:
             self.errors += 1
         self._answers.labels(method, route, str(status)).inc()
         self._seconds.labels(route).observe(seconds)
+
+    def count_bytes_in(self, count: int) -> None:
+        self._bytes_in.inc(count)
+
+    def count_refusal(self, reason: str | None, status: int) -> None:
+        self._refusals.labels(reason or _REASONS.get(status, "failed")).inc()
+
+    def observe_timings(self, timings: Mapping[str, float]) -> None:
+        """Take in how many seconds each stage of one photo took."""
+        for stage in STAGES:
+            if stage in timings:
+                self._stages.labels(stage).observe(timings[stage])
 
     def count_recognition(self, plates: int) -> None:
         self.requests_served += 1
@@ -62,3 +98,16 @@ def _resident(pid: int) -> int:
         return psutil.Process(pid).memory_info().rss
     except psutil.Error:  # it is being replaced
         return 0
+
+
+def _build() -> dict[str, str]:
+    from importlib import metadata
+
+    runtime = next(
+        (d for d in metadata.distributions() if d.name.lower().startswith("onnxruntime")), None
+    )
+    return {
+        "version": __version__,
+        "python": platform.python_version(),
+        "runtime": f"{runtime.name} {runtime.version}" if runtime else "",
+    }

@@ -19,10 +19,12 @@ async def livez() -> Response:
     return PlainTextResponse("ok\n")
 
 
-@router.get("/readyz", summary="Answers 200 once the models are warm, 503 before",
-            responses={503: {"description": "Loading, or stuck", **_TEXT}})  # fmt: skip
+@router.get("/readyz", summary="Answers 200 while photos are read, else 503",
+            responses={503: {"description": "Loading, stuck or stopping", **_TEXT}})  # fmt: skip
 async def readyz(request: Request) -> Response:
     state: ServiceState = request.app.state.service
+    if state.draining:
+        return PlainTextResponse("stopping\n", 503)
     if state.readers.ready and not state.readers.stuck:
         return PlainTextResponse("ok\n")
     text = "stuck\n" if state.readers.ready else "loading\n"

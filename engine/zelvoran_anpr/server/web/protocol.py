@@ -7,8 +7,11 @@ from typing import Any
 import h11
 from uvicorn.protocols.http.h11_impl import H11Protocol
 
+from ..peer.connection import Connection
 from .crowd import Crowd
 from .half_closed import Listener
+
+_LOOKED_AT_AT_ONCE = 2
 
 
 def guarded_protocol(
@@ -16,8 +19,10 @@ def guarded_protocol(
 ) -> type[asyncio.Protocol]:
     """Return a protocol that waits so long for a request's head, and for a full send buffer.
 
-    A request's state holds `crowded`: whether its connection is one too many.
+    A request's state holds `connection`, and `crowded`: whether that is one too many.
     """
+
+    turns = asyncio.Semaphore(_LOOKED_AT_AT_ONCE)
 
     class GuardedProtocol(H11Protocol):
         _head_timer: asyncio.TimerHandle | None = None
@@ -27,7 +32,7 @@ def guarded_protocol(
         def connection_made(self, transport: asyncio.Transport) -> None:
             super().connection_made(transport)
             crowd.enter(self)
-            self.app_state = _Crowded(self, crowd)
+            self.app_state = _StateOfRequests(self, crowd, Connection(transport, turns))
             self._watch_head()
 
         def data_received(self, data: bytes) -> None:
@@ -89,15 +94,17 @@ def guarded_protocol(
     return GuardedProtocol
 
 
-class _Crowded:
-    """Stands in for the state that each request is given a copy of."""
+class _StateOfRequests:
+    """Stands in for the state that each request of a connection is given a copy of."""
 
-    def __init__(self, connection: Any, crowd: Crowd) -> None:
-        self._connection = connection
+    def __init__(self, protocol: Any, crowd: Crowd, connection: Connection) -> None:
+        self._protocol = protocol
         self._crowd = crowd
+        self._connection = connection
 
     def copy(self) -> dict[str, Any]:
-        return {"crowded": not self._crowd.is_seated(self._connection)}
+        crowded = not self._crowd.is_seated(self._protocol)
+        return {"crowded": crowded, "connection": self._connection}
 
 
 def _cancelled(timer: asyncio.TimerHandle | None) -> None:

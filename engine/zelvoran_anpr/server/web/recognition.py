@@ -14,17 +14,19 @@ from .pictures import pictures
 from .region import internal_name
 from .state import ServiceState
 
-_BUSY: dict[Any, dict[str, Any]] = {status: {"model": Problem} for status in (429, 503, 504)}
+BUSY: dict[Any, dict[str, Any]] = {status: {"model": Problem} for status in (429, 503, 504)}
+_STAGES = {"unpack": "decoding", "detect": "detecting", "read": "reading"}
+"""What a reading process calls the stages, and what the metrics do."""
 Photo = Annotated[UploadFile, File(description="A JPEG, PNG, BMP or TIFF photo")]
 RegionField = Annotated[str | None, Form(description="Region to read this photo for")]
 
-router = APIRouter(tags=["recognition"], responses={**PROBLEMS, **_BUSY})
+router = APIRouter(tags=["recognition"], responses={**PROBLEMS, **BUSY})
 
 
 @router.post("/api/anpr", summary="Read the plates on a photo")
 async def read_plates(request: Request, image: Photo, region: RegionField = None) -> Recognition:
     state: ServiceState = request.app.state.service
-    return await unless_left(request, _recognise(state, image, region, with_mmc=False))
+    return await unless_left(request, recognise(state, image, region, with_mmc=False))
 
 
 @router.post("/api/anpr/mmc", summary="Read the plates and recognise make, model and colour")
@@ -32,20 +34,22 @@ async def read_plates_and_vehicles(
     request: Request, image: Photo, region: RegionField = None
 ) -> Recognition:
     state: ServiceState = request.app.state.service
-    return await unless_left(request, _recognise(state, image, region, with_mmc=True))
+    return await unless_left(request, recognise(state, image, region, with_mmc=True))
 
 
-async def _recognise(
+async def recognise(
     state: ServiceState, image: UploadFile, region: str | None, with_mmc: bool
 ) -> Recognition:
+    """Read one photo. Raises HTTPException, and what `failures` turns into answers."""
     state.readers.check_ready()
-    name = _region(state, region)
+    name = region_of(state, region)
     photo = await image.read()
     begun = time.monotonic()
     limits = state.settings.limits
     reading, pixels = await _timed(
         state.readers.read(photo, internal_name(name), with_mmc, limits.request_seconds)
     )
+    _observe(state, reading.get("seconds", {}), time.monotonic() - begun)
     plates = [_plate(record) for record in reading["plates"]]
     vehicles = pictures(reading["crops"], pixels)
     problem = await _add_vehicles(state, vehicles, plates) if vehicles else None
@@ -55,6 +59,12 @@ async def _recognise(
     )  # fmt: skip
     _remember(state, image.filename or "", answer)
     return answer
+
+
+def _observe(state: ServiceState, seconds: dict[str, float], whole: float) -> None:
+    """What the reader does not account for, the photo has waited for it."""
+    timings = {stage: seconds[name] for name, stage in _STAGES.items() if name in seconds}
+    state.metrics.observe_timings({**timings, "waiting": max(0, whole - sum(timings.values()))})
 
 
 async def _timed(call: Any) -> Any:
@@ -87,7 +97,7 @@ async def _add_vehicles(
     return problem
 
 
-def _region(state: ServiceState, given: str | None) -> str:
+def region_of(state: ServiceState, given: str | None) -> str:
     if not given:
         return state.region.active
     try:

@@ -5,11 +5,15 @@ import contextlib
 import logging
 import signal
 import socket
+import threading
 from collections.abc import Awaitable, Callable, Iterator
+from types import FrameType
 
 import uvicorn
 
 from ..config.settings import Settings
+from ..daemon.listeners import Listeners
+from ..daemon.notify import notify
 from ..workers.errors import WorkerLost
 from .app import create_app
 from .crowd import Crowd
@@ -22,6 +26,7 @@ from .state import ServiceState
 _log = logging.getLogger("zelvoran_anpr.server")
 _CLOSE_SECONDS = 8
 Work = Callable[[], Awaitable[None]]
+TakePort = Callable[[], Listeners]
 
 
 class Service:
@@ -49,34 +54,34 @@ class Service:
                 lifespan="off",
                 loop="asyncio",
             ),
+            self._state,
             self._load,
-            self._state.close,
             limits.stop_seconds + _CLOSE_SECONDS,
         )
 
-    def run(self, listener: socket.socket) -> None:
+    def run(self, listeners: list[socket.socket]) -> None:
         """Serve until stopped. Ctrl+C ends it gracefully and then raises KeyboardInterrupt."""
-        asyncio.run(self._server.serve(sockets=[listener]))
+        asyncio.run(self._server.serve(sockets=listeners))
         _log.info("stopped")
 
-    def run_prepared(self, take_port: Callable[[], socket.socket]) -> None:
+    def run_prepared(self, take_port: TakePort) -> None:
         """Load first, then serve on the port that `take_port`, which may take long, returns."""
         asyncio.run(self._prepared(take_port))
         _log.info("stopped")
 
-    async def _prepared(self, take_port: Callable[[], socket.socket]) -> None:
+    async def _prepared(self, take_port: TakePort) -> None:
         try:
             await self._state.load()
-            listener = await asyncio.to_thread(take_port)
+            listeners = await asyncio.to_thread(take_port)
         except Exception as error:  # noqa: BLE001  whatever it is, nobody is served
             self.failure = str(error)
             await self._state.close()
             return
         self._server.loaded = True
         try:
-            await self._server.serve(sockets=[listener])
+            await self._server.serve(sockets=listeners.sockets)
         finally:
-            listener.close()
+            listeners.close()
 
     def stop(self) -> None:
         """Ask for a graceful end; may be called from any thread."""
@@ -88,6 +93,7 @@ class Service:
                 await self._state.load()
             self._on_ready()
             _log.info("ready: the models are warm")
+            notify("READY=1")
         except Exception as error:  # noqa: BLE001 (whatever it is, the server must not stay up useless)
             self.failure = f"The recognition models cannot be loaded: {error}"
             _log.error("%s", self.failure, exc_info=not isinstance(error, WorkerLost))
@@ -97,12 +103,14 @@ class Service:
 class _Server(uvicorn.Server):
     """Takes SIGTERM as an ordinary end: the process has done all that was asked of it."""
 
-    def __init__(self, config: uvicorn.Config, load: Work, close: Work, patience: float) -> None:
+    def __init__(
+        self, config: uvicorn.Config, state: ServiceState, load: Work, patience: float
+    ) -> None:
         super().__init__(config)
+        self._state = state
         self.loaded = False
         """Whether the models were warm before the port was taken."""
         self._load = load
-        self._close = close
         self._patience = patience
 
     async def startup(self, sockets: list[socket.socket] | None = None) -> None:
@@ -110,12 +118,28 @@ class _Server(uvicorn.Server):
         self._loading = asyncio.create_task(self._load())
 
     async def shutdown(self, sockets: list[socket.socket] | None = None) -> None:
+        notify("STOPPING=1")
         end_at_last(self._patience)
         try:
             await super().shutdown(sockets)
         finally:
             self._loading.cancel()
-            await self._close()
+            await self._state.close()
+
+    def handle_exit(self, number: int, frame: FrameType | None) -> None:
+        """Say that this server is going, and go once those who send requests could have heard.
+
+        Whoever asks a second time does not want to wait.
+        """
+        seconds = self._state.settings.limits.drain_seconds
+        if self._state.draining or not seconds:
+            super().handle_exit(number, frame)
+            return
+        self._state.draining = True
+        self._captured_signals.append(number)
+        drain = threading.Timer(seconds, setattr, (self, "should_exit", True))
+        drain.daemon = True
+        drain.start()
 
     @contextlib.contextmanager
     def capture_signals(self) -> Iterator[None]:

@@ -4,14 +4,21 @@ import asyncio
 import time
 from typing import Any
 
+from ..config.paths import run_dir
 from ..config.settings import Settings
 from ..workers.pool import ReaderPool
+from .credentials import Credentials
+from .ended_sessions import EndedSessions
+from .forwarded import TrustedProxies
 from .metrics import Metrics
 from .mmc_switch import MmcSwitch
 from .pool import BoundedPool
 from .recent import RecentRequests
 from .region import RegionChoice, internal_name
 from .session import Sessions
+from .throttle import Allowance, Underway, failed_sign_ins
+
+_MINUTE = 60
 
 
 class ServiceState:
@@ -20,6 +27,8 @@ class ServiceState:
     def __init__(self, settings: Settings, token: str) -> None:
         self.settings = settings
         self.started = time.monotonic()
+        self.draining = False
+        """Whether the server is about to end: whoever chooses among servers takes another."""
         self.region = RegionChoice(settings.server.region)
         self.mmc = MmcSwitch(settings)
         limits = settings.limits
@@ -30,7 +39,15 @@ class ServiceState:
         self.mmc_workers = BoundedPool(settings.mmc.threads, limits.queue, "mmc")
         self.metrics = Metrics(self)
         self.recent = RecentRequests()
-        self.sessions = Sessions(token)
+        self.proxies = TrustedProxies(settings.server.trusted_proxies)
+        self.credentials = Credentials(token)
+        self.failed_sign_ins = failed_sign_ins()
+        rate = limits.client_requests
+        self.requests_of_clients = Allowance(rate, _MINUTE) if rate else None
+        self.photos_of_clients = Underway(limits.client_photos)
+        port = settings.server.port
+        ended = EndedSessions(run_dir() / f"ended-sessions-{port}.json")
+        self.sessions = Sessions(self.credentials, port, ended)
 
     @property
     def engine(self) -> ReaderPool:
