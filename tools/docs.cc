@@ -4,8 +4,8 @@
 #include <iostream>
 #include <string>
 
-#include "cli/completion.h"
-#include "cli/manual.h"
+#include "cli/command_table.h"
+#include "cli/documents.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 
 namespace zv {
 

@@ -3,9 +3,9 @@
 #include <cstdio>
 
 #include "base/json.h"
-#include "base/number_text.h"
+#include "base/python_number.h"
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 
 namespace zv {
 namespace {

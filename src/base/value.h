@@ -98,4 +98,9 @@ inline void Map::append(std::string key, Value value) {
 // The value under a key, or the fallback when the value is no map or lacks the key.
 Value get(const Map& map, std::string_view key, const Value& fallback = nullptr);
 
+// False: null, false, zero, empty text, empty list, empty map. Everything else is true.
+bool truthy(const Value& value);
+// Numbers are the same by their value, maps whatever their order.
+bool equal(const Value& left, const Value& right);
+
 }  // namespace zv

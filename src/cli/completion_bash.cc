@@ -1,6 +1,5 @@
-#include "cli/command_paths.h"
-#include "cli/completion.h"
-#include "cli/option_names.h"
+#include "cli/documents.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
@@ -75,7 +74,7 @@ std::string value_case(const CommandPath& path, const Option& option) {
 
 std::string word_list(const CommandPath& path) {
   std::string words;
-  for (const Command& command : path.back()->commands) words.append(command.name).append(" ");
+  for (const Command* command : path.back()->commands) words.append(command->name).append(" ");
   if (const Option* positional = positional_at(path)) words += choice_words(*positional);
   return words;
 }

@@ -1,6 +1,5 @@
-#include "cli/command_paths.h"
-#include "cli/completion.h"
-#include "cli/option_names.h"
+#include "cli/documents.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
@@ -30,7 +29,7 @@ end
 
 )";
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
   std::string out = "'";
   for (const char letter : text) {
     if (letter == '\'' || letter == '\\') out += '\\';
@@ -47,7 +46,7 @@ std::string start(const CommandPath& path) {
 std::string value_part(const Option& option) {
   if (!takes_value(option)) return "";
   if (option.file) return " -rF";
-  return option.choices.empty() ? " -x" : " -x -a " + quoted(choice_words(option));
+  return option.choices.empty() ? " -x" : " -x -a " + in_quotes(choice_words(option));
 }
 
 std::string option_line(const CommandPath& path, const Option& option) {
@@ -55,14 +54,14 @@ std::string option_line(const CommandPath& path, const Option& option) {
   for (const std::string& name : names_of(option)) {
     line += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
   }
-  return line + value_part(option) + " -d " + quoted(option.help) + "\n";
+  return line + value_part(option) + " -d " + in_quotes(option.help) + "\n";
 }
 
 std::string positional_line(const CommandPath& path) {
   const Option* option = positional_at(path);
   if (path.size() == 1 || (option && option->file)) return "";
   const std::string choices = option ? choice_words(*option) : "";
-  return start(path) + " -f" + (choices.empty() ? "" : " -a " + quoted(choices)) + "\n";
+  return start(path) + " -f" + (choices.empty() ? "" : " -a " + in_quotes(choices)) + "\n";
 }
 
 }  // namespace
@@ -77,9 +76,9 @@ std::string fish_completion(const Command& program) {
   script.append("\n").append(AFTER_PATHS);
   for (const CommandPath& path : paths) {
     script += positional_line(path);
-    for (const Command& command : path.back()->commands) {
-      script +=
-          start(path) + " -a " + std::string(command.name) + " -d " + quoted(command.help) + "\n";
+    for (const Command* command : path.back()->commands) {
+      script += start(path) + " -a " + std::string(command->name) + " -d " +
+                in_quotes(command->help) + "\n";
     }
     for (const Option* option : options_at(path)) script += option_line(path, *option);
   }

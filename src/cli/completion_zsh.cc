@@ -1,6 +1,5 @@
-#include "cli/command_paths.h"
-#include "cli/completion.h"
-#include "cli/option_names.h"
+#include "cli/documents.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
@@ -28,7 +27,7 @@ std::string escaped(std::string_view text) {
 std::string value_spec(const Option& option) {
   const std::string name = option.positional() ? std::string(option.names) : metavar(option);
   if (!option.choices.empty())
-    return ":" + escaped(option.field) + ":(" + choice_words(option) + ")";
+    return ":" + escaped(option.field()) + ":(" + choice_words(option) + ")";
   return ":" + escaped(name) + ":" + (option.file ? "_files" : " ");
 }
 
@@ -37,7 +36,7 @@ std::string option_specs(const Option& option, const std::string& indent) {
   const auto names = names_of(option);
   std::string exclude;
   for (const std::string& name : names) exclude.append(exclude.empty() ? "" : " ").append(name);
-  if (option.field == "help" || option.field == "version") exclude = "- *";
+  if (option.field() == "help" || option.field() == "version") exclude = "- *";
   std::string text;
   for (const std::string& name : names) {
     const bool long_name = name.starts_with("--");
@@ -68,8 +67,8 @@ std::string leaf_function(const CommandPath& path) {
 
 std::string command_list(const CommandPath& path) {
   std::string text;
-  for (const Command& command : path.back()->commands) {
-    text += "        '" + std::string(command.name) + ":" + escaped(command.help) + "'\n";
+  for (const Command* command : path.back()->commands) {
+    text += "        '" + std::string(command->name) + ":" + escaped(command->help) + "'\n";
   }
   return text;
 }
@@ -77,8 +76,8 @@ std::string command_list(const CommandPath& path) {
 std::string dispatch(const CommandPath& path) {
   const std::string function = "_zv-anpr" + function_suffix(path);
   std::string text;
-  for (const Command& command : path.back()->commands) {
-    const std::string name(command.name);
+  for (const Command* command : path.back()->commands) {
+    const std::string name(command->name);
     text += "        " + name + ") " + function + "_" + name + " ;;\n";
   }
   // A first word that is no command is a photo.

@@ -2,16 +2,38 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 
-#include "base/number_text.h"
+#include "base/python_number.h"
 #include "base/unicode.h"
-#include "cli/option_names.h"
-#include "cli/wrap.h"
+#include "cli/command_table.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
 
 constexpr std::size_t HELP_COLUMN = 24;
+
+// Lines of at most `width` columns; a longer word stands alone on its line.
+std::vector<std::string> wrap_words(const std::vector<std::string>& words, std::size_t width) {
+  std::vector<std::string> lines;
+  for (const std::string& word : words) {
+    const bool fits =
+        !lines.empty() && count_characters(lines.back()) + 1 + count_characters(word) <= width;
+    if (fits) {
+      lines.back() += " " + word;
+    } else {
+      lines.push_back(word);
+    }
+  }
+  return lines;
+}
+
+std::vector<std::string> wrap(const std::string& text, std::size_t width) {
+  std::istringstream stream(text);
+  return wrap_words({std::istream_iterator<std::string>{stream}, {}}, width);
+}
 
 // One line of a listing: what is typed, what it does, how far it is indented.
 struct Entry {
@@ -21,21 +43,16 @@ struct Entry {
 };
 
 std::string command_choices(const Command& command) {
-  std::string text = "{";
-  for (const Command& sub : command.commands)
-    text += (text.size() > 1 ? "," : "") + std::string(sub.name);
-  return text + "}";
+  std::vector<std::string> names;
+  for (const Command* sub : command.commands) names.emplace_back(sub->name);
+  return "{" + joined(names, ",") + "}";
 }
 
 // "--lines LINES, -n LINES"
 std::string invocation(const Option& option) {
-  std::string text;
-  for (const std::string& name : names_of(option)) {
-    if (!text.empty()) text += ", ";
-    text += name;
-    if (option.kind != Kind::flag) text += " " + metavar(option);
-  }
-  return text;
+  std::vector<std::string> names = names_of(option);
+  for (std::string& name : names) name += takes_value(option) ? " " + metavar(option) : "";
+  return joined(names, ", ");
 }
 
 std::vector<std::string> option_parts(const CommandPath& path) {
@@ -43,7 +60,7 @@ std::vector<std::string> option_parts(const CommandPath& path) {
   if (path.size() == 1) parts.emplace_back("[--version]");
   for (const Option& option : path.back()->options) {
     if (option.positional()) continue;
-    const std::string value = option.kind == Kind::flag ? "" : " " + metavar(option);
+    const std::string value = takes_value(option) ? " " + metavar(option) : "";
     parts.push_back("[" + names_of(option).front() + value + "]");
   }
   return parts;
@@ -75,8 +92,8 @@ std::vector<Entry> positional_entries(const Command& command) {
   }
   if (command.commands.empty()) return entries;
   entries.push_back({command_choices(command), std::string(command.commands_title)});
-  for (const Command& sub : command.commands) {
-    if (!sub.help.empty()) entries.push_back({std::string(sub.name), std::string(sub.help), 4});
+  for (const Command* sub : command.commands) {
+    if (!sub->help.empty()) entries.push_back({std::string(sub->name), std::string(sub->help), 4});
   }
   return entries;
 }
@@ -125,10 +142,9 @@ std::size_t help_column(const std::vector<Entry>& first, const std::vector<Entry
 }  // namespace
 
 std::string program_name(const CommandPath& path) {
-  std::string name;
-  for (const Command* command : path)
-    name += (name.empty() ? "" : " ") + std::string(command->name);
-  return name;
+  std::vector<std::string> names;
+  for (const Command* command : path) names.emplace_back(command->name);
+  return joined(names, " ");
 }
 
 std::string usage(const CommandPath& path, std::size_t width) {
@@ -160,10 +176,7 @@ std::string help_page(const CommandPath& path, std::size_t width) {
   if (!command.description.empty()) page += "\n" + std::string(command.description) + "\n";
   page += section("positional arguments", positionals, column, width);
   page += section("options", options, column, width);
-  if (!command.epilog.empty()) {
-    const auto begin = command.epilog.find_first_not_of('\n');
-    page += "\n" + std::string(command.epilog.substr(begin));
-  }
+  if (command.epilog) page += command.epilog();  // begins with an empty line
   return page;
 }
 

@@ -1,7 +1,5 @@
-#include "cli/manual.h"
-
-#include "cli/command_paths.h"
-#include "cli/option_names.h"
+#include "cli/documents.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
@@ -112,8 +110,9 @@ std::string command_entry(const CommandPath& path) {
   if (!command.help.empty()) text += escaped(command.help) + ".\n";
   if (const Option* positional = positional_at(path)) text += option_entry(*positional);
   for (const Option* option : options_at(path)) text += option_entry(*option);
-  if (!command.epilog.empty()) {
-    text += listing(escaped(command.epilog.substr(command.epilog.find_first_not_of('\n'))));
+  if (command.epilog) {
+    const std::string epilog = command.epilog();
+    text += listing(escaped(epilog.substr(epilog.find_first_not_of('\n'))));
   }
   return text;
 }

@@ -1,13 +1,27 @@
 #include "cli/parse.h"
 
-#include "base/number_text.h"
-#include "base/value_text.h"
-#include "cli/option_names.h"
-#include "cli/option_value.h"
-#include "cli/suggest.h"
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+#include "base/python_number.h"
+#include "base/python_text.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
+
+// Only these are never taken for files; the others are commands unless an entry has their name.
+constexpr std::array<std::string_view, 5> PROTECTED = {"gpu-info", "gpu-setup", "model-info",
+                                                       "version", "server"};
+
+bool names_files(const std::string& word) {
+  if (word.starts_with('-')) return false;
+  if (std::find(PROTECTED.begin(), PROTECTED.end(), word) != PROTECTED.end()) return false;
+  if (word.find_first_of("./\\*") != std::string::npos) return true;
+  std::error_code error;
+  return std::filesystem::exists(word, error);
+}
 
 class Parser {
  public:
@@ -42,7 +56,7 @@ class Parser {
     path_.push_back(&command);
     next_positional_ = 0;
     for (const Option& option : command.options) {
-      args_.set(std::string(option.field), default_of(option));
+      args_.set(option.field(), default_of(option));
     }
     if (!command.commands.empty()) args_.set(std::string(command.commands_field), nullptr);
   }
@@ -80,7 +94,7 @@ class Parser {
     if (candidates.size() > 1 && !same_option(candidates)) ambiguous(name, candidates);
     const bool has_value = equals != std::string::npos;
     const Candidate& found = candidates.front();
-    if (!found.option || found.option->kind == Kind::flag) {
+    if (!found.option || !takes_value(*found.option)) {
       if (has_value) ignored_value(found, word.substr(equals + 1));
       return set_flag(found.name, found.option);
     }
@@ -98,7 +112,7 @@ class Parser {
       }
       const Option* found = short_option(command(), word[i]);
       if (!found) return unknown_option(word);
-      if (found->kind != Kind::flag) {
+      if (takes_value(*found)) {
         const std::string rest = word.substr(i + 1);
         take(*found, rest.empty() ? std::nullopt
                                   : std::optional(rest.starts_with('=') ? rest.substr(1) : rest));
@@ -111,7 +125,7 @@ class Parser {
 
   Wanted set_flag(const std::string& name, const Option* option) {
     if (!option) return name == "--version" ? Outcome(VersionWanted{}) : Outcome(HelpWanted{path_});
-    args_.set(std::string(option->field), true);
+    args_.set(option->field(), true);
     return {};
   }
 
@@ -124,17 +138,17 @@ class Parser {
       }
       value = words_[at_++];
     }
-    args_.set(std::string(option.field), converted(option, *value));
+    args_.set(option.field(), converted(option, *value));
   }
 
   void choose(const std::string& word) {
     std::vector<std::string> names;
-    for (const Command& sub : command().commands) {
-      if (sub.name == word) {
+    for (const Command* sub : command().commands) {
+      if (sub->name == word) {
         args_.set(std::string(command().commands_field), word);
-        return enter(sub);
+        return enter(*sub);
       }
-      names.emplace_back(sub.name);
+      names.emplace_back(sub->name);
     }
     throw Problem{"argument " + std::string(command().commands_field) +
                   ": invalid choice: " + quoted_text(word) + " (choose from " +
@@ -147,21 +161,21 @@ class Parser {
       return note("unrecognized arguments: " + word);
     }
     const Option& option = *positionals[next_positional_];
-    if (option.kind != Kind::list) {
+    if (option.kind == Kind::list) {
+      many_.emplace_back(word);
+    } else {
       ++next_positional_;
-      args_.set(std::string(option.field), converted(option, word));
-      return;
+      args_.set(option.field(), converted(option, word));
     }
-    List values = args_.list(option.field);
-    values.emplace_back(word);
-    args_.set(std::string(option.field), std::move(values));
   }
 
-  void finish() const {
+  // The words of a list reach the record at once: there may be thousands.
+  void finish() {
     for (const Option* option : positionals_of(command())) {
-      if (option->required && args_.list(option->field).empty()) {
-        throw Problem{"the following arguments are required: " + display_name(*option)};
+      if (option->required && many_.empty()) {
+        throw Problem{"the following arguments are required: " + std::string(option->names)};
       }
+      if (option->kind == Kind::list) args_.set(option->field(), std::move(many_));
     }
   }
 
@@ -206,10 +220,16 @@ class Parser {
   Args args_;
   std::optional<UsageError> first_error_;
   std::size_t next_positional_ = 0;
+  List many_;
   bool only_positionals_ = false;
 };
 
 }  // namespace
+
+std::vector<std::string> with_read(std::vector<std::string> words) {
+  if (!words.empty() && names_files(words.front())) words.insert(words.begin(), "read");
+  return words;
+}
 
 Outcome parse(const Command& program, const std::vector<std::string>& words) {
   return Parser(program, words).run();

@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "cli/command_table.h"
+#include "command/command.h"
 
 namespace zv::cli {
 
@@ -25,6 +25,11 @@ struct UsageError {
   std::string message;
 };
 using Outcome = std::variant<Parsed, HelpWanted, VersionWanted, UsageError>;
+
+// The short form without a command: `car.jpg` stands for `read car.jpg`. Puts `read` in front of
+// the user's words where the first one looks like a path or names an entry of the working
+// directory.
+std::vector<std::string> with_read(std::vector<std::string> words);
 
 Outcome parse(const Command& program, const std::vector<std::string>& words);
 

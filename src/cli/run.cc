@@ -1,7 +1,7 @@
 #include "cli/run.h"
 
 #include "base/interrupt.h"
-#include "cli/bare_form.h"
+#include "cli/command_table.h"
 #include "cli/help.h"
 #include "cli/parse.h"
 #include "cli/version.h"

@@ -1,13 +1,21 @@
 #include "cli/version.h"
 
 namespace zv::cli {
-
-std::string version_line(Engine& engine) {
-  return "Zelvoran ANPR CLI v" + engine.version();
-}
+namespace {
 
 void cmd_version(const Args&, Session& session) {
   session.out << version_line(session.engine) << "\n";
+}
+
+}  // namespace
+
+constinit const Command VERSION = {.name = "version",
+                                   .help = "Show version information",
+                                   .handler = cmd_version,
+                                   .calls_engine = false};
+
+std::string version_line(Engine& engine) {
+  return "Zelvoran ANPR CLI v" + engine.version();
 }
 
 void cmd_test_api(const Args&, Session& session) {

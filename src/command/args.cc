@@ -1,6 +1,6 @@
 #include "command/args.h"
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 
 namespace zv {
 
@@ -15,6 +15,12 @@ std::string Args::text(std::string_view name, std::string_view fallback) const {
 
 bool Args::flag(std::string_view name) const {
   return truthy(value(name));
+}
+
+double Args::real(std::string_view name) const {
+  const Value found = value(name);
+  const auto* number = found.as<double>();
+  return number ? *number : 0;
 }
 
 List Args::list(std::string_view name) const {

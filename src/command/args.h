@@ -21,6 +21,7 @@ class Args {
   // Empty when absent.
   std::string text(std::string_view name, std::string_view fallback = {}) const;
   bool flag(std::string_view name) const;
+  double real(std::string_view name) const;
   // The texts of a list field; empty when absent.
   List list(std::string_view name) const;
 

@@ -37,7 +37,9 @@ bool Engine::revived() {
 
 void Engine::wait_loaded() {
   if (!named_.empty()) return;
-  for (const Reference& name : host().hello().names) named_.emplace_back(host(), name);
+  for (const Reference& name : host().hello().names) {
+    named_.emplace_back(host(), python::Kept{name, name});
+  }
 }
 
 const std::string& Engine::version() {

@@ -35,6 +35,8 @@ class Engine {
   python::Object to_internal_region();
   // A name from one of the package's further modules, loaded when asked for. Throws PythonError.
   python::Object load(std::string_view module, std::string_view name);
+  // Fails as `load` does when one of the names, separated by ", ", is not there.
+  void require(std::string_view module, std::string_view names) { load(module, names); }
 
  private:
   python::Object named(std::size_t index);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "command/session.h"
+#include "command/command.h"
 
 namespace zv {
 

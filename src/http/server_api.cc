@@ -4,7 +4,7 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include "base/json.h"
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "http/client.h"
 
 namespace zv::http {

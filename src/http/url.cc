@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "base/error.h"
-#include "base/value_text.h"
+#include "base/python_text.h"
 
 namespace zv::http {
 namespace {

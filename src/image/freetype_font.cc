@@ -9,7 +9,7 @@
 
 #include "base/error.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "image/colour.h"
 #include "image/font.h"
 

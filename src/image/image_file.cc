@@ -8,7 +8,7 @@
 #include "base/error.h"
 #include "base/files.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "image/codec.h"
 #include "image/orientation.h"
 

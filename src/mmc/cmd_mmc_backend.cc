@@ -1,11 +1,9 @@
-#include "mmc/cmd_mmc_backend.h"
-
 #include <string>
 
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
+#include "mmc/commands.h"
 #include "mmc/live_switch.h"
-#include "mmc/modules.h"
 
 namespace zv::mmc {
 namespace {
@@ -21,8 +19,7 @@ class Configuration {
 
   std::string backend() const {
     if (!has_section()) return DEFAULT_BACKEND;
-    const python::Object section = all_.item("mmc");
-    return section.attribute("get").make({"backend", DEFAULT_BACKEND}).text();
+    return plain_text(all_.item("mmc").get("backend", DEFAULT_BACKEND));
   }
 
   void choose(const std::string& backend) {
@@ -35,16 +32,11 @@ class Configuration {
 
  private:
   // A section left empty in the file reads as none.
-  bool has_section() const {
-    const python::Object is = engine_.load("operator", "is_");
-    return !truthy(is.call({all_.attribute("get").make({"mmc"}), nullptr}));
-  }
+  bool has_section() const { return !all_.get("mmc").is_null(); }
 
   Engine& engine_;
   python::Object all_;
 };
-
-}  // namespace
 
 void cmd_mmc_backend(const Args& args, Session& session) {
   Configuration configuration(session.engine);
@@ -64,5 +56,19 @@ void cmd_mmc_backend(const Args& args, Session& session) {
               << current << "').\n";
   switch_running_server(backend, args, session);
 }
+
+constexpr std::string_view BACKENDS[] = {"cloud", "local"};
+constexpr Option OPTIONS[] = {
+    {.names = "backend", .help = "Backend to use (omit to show current)", .choices = BACKENDS},
+    {.names = "--host", .help = "Running server host (for live switch)"},
+    {.names = "--port", .kind = Kind::integer, .help = "Running server port (for live switch)"},
+};
+
+}  // namespace
+
+constinit const Command MMC_BACKEND = {.name = "mmc-backend",
+                                       .help = "View/switch MMC backend (cloud | local)",
+                                       .options = OPTIONS,
+                                       .handler = cmd_mmc_backend};
 
 }  // namespace zv::mmc

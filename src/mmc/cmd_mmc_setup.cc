@@ -1,11 +1,9 @@
-#include "mmc/cmd_mmc_setup.h"
-
 #include <exception>
 #include <optional>
 #include <string>
 
 #include "command/pip.h"
-#include "mmc/modules.h"
+#include "mmc/commands.h"
 
 namespace zv::mmc {
 namespace {
@@ -141,10 +139,35 @@ class Setup {
   std::ostream& out_;
 };
 
-}  // namespace
-
 void cmd_mmc_setup(const Args& args, Session& session) {
   Setup(args, session).run();
 }
+
+constexpr std::string_view VARIANTS[] = {"auto", "cpu", "vulkan", "cuda", "metal"};
+constexpr Option OPTIONS[] = {
+    {.names = "--hf-endpoint", .help = "HuggingFace endpoint mirror (e.g. https://hf-mirror.com)"},
+    {.names = "--server-bin",
+     .help = "Path to an existing llama.cpp llama-server binary",
+     .file = true},
+    {.names = "--llama-variant",
+     .help = "Prebuilt llama-server variant to install (default: auto)",
+     .fallback = "auto",
+     .choices = VARIANTS},
+    {.names = "--llama-tag", .help = "Pin a llama.cpp release tag (e.g. b10068); default: latest"},
+    {.names = "--skip-llama",
+     .kind = Kind::flag,
+     .help = "Do not auto-install llama-server, only report its status"},
+    {.names = "--no-download",
+     .kind = Kind::flag,
+     .help = "Do not download the model (still sets up llama-server)"},
+};
+
+}  // namespace
+
+constinit const Command MMC_SETUP = {
+    .name = "mmc-setup",
+    .help = "Install local MMC deps and download the on-device VLM model",
+    .options = OPTIONS,
+    .handler = cmd_mmc_setup};
 
 }  // namespace zv::mmc

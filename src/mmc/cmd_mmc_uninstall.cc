@@ -1,5 +1,3 @@
-#include "mmc/cmd_mmc_uninstall.h"
-
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -7,9 +5,10 @@
 #include <vector>
 
 #include "base/interrupt.h"
+#include "base/python_number.h"
 #include "base/unicode.h"
-#include "command/sizes.h"
-#include "mmc/modules.h"
+#include "command/texts.h"
+#include "mmc/commands.h"
 
 namespace zv::mmc {
 namespace {
@@ -95,11 +94,10 @@ class Removal {
 
   void print_sizes(const std::vector<Target>& existing, const LocalModule& module) {
     out_ << "\nWill remove:\n";
-    const python::Object add = session_.engine.load("operator", "add");
     Value total = 0;
     for (const Target& target : existing) {
       const Value size = module.folder_size.call({target.path});
-      total = add.call({total, size});
+      total = sum(total, size);
       const std::string line = target.path.text() + "  (" + _fmt_size(size) + ")\n";
       out_ << "   • " << target.label << ": " << line;
     }
@@ -145,10 +143,26 @@ class Removal {
   bool confirmed_;
 };
 
-}  // namespace
-
 void cmd_mmc_uninstall(const Args& args, Session& session) {
   Removal(args, session).run();
 }
+
+constexpr Option OPTIONS[] = {
+    {.names = "--all",
+     .kind = Kind::flag,
+     .help = "Also remove the downloaded VLM model (~/.zelvoran/models/vlm)"},
+    {.names = "--models-only",
+     .kind = Kind::flag,
+     .help = "Remove only the VLM model, keep the llama-server binary"},
+    {.names = "-y/--yes", .kind = Kind::flag, .help = "Do not prompt for confirmation"},
+};
+
+}  // namespace
+
+constinit const Command MMC_UNINSTALL = {
+    .name = "mmc-uninstall",
+    .help = "Cleanly remove the on-device MMC llama-server and/or model",
+    .options = OPTIONS,
+    .handler = cmd_mmc_uninstall};
 
 }  // namespace zv::mmc

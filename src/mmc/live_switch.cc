@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "http/server_api.h"
 
 namespace zv::mmc {

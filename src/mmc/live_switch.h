@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "command/session.h"
+#include "command/command.h"
 
 namespace zv::mmc {
 

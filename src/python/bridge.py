@@ -1,7 +1,8 @@
 """Performs the requests of the program in the engine host; see host.py.
 
 A request imports a name, calls an object or asks for an object's value. {"$ref": n} in it stands
-for the object number n. What JSON cannot carry comes back as {"$...": ...}.
+for the object number n. What JSON cannot carry comes back as {"$...": ...}. A result that is kept
+here comes back as its number and a copy, so that reading it takes no further request.
 """
 
 import _thread
@@ -11,6 +12,9 @@ import sys
 from _queue import SimpleQueue
 
 GRACE = 5  # seconds that a call gets to end itself when the program has gone
+OWN_KINDS = {type(None), bool, int, float, str}
+DEEPEST, LARGEST = 8, 5000  # levels and values of a copy
+STAYS_HERE = {"$there": 0}
 
 
 def serve(host, first):
@@ -98,7 +102,26 @@ def perform(host, request):
         result = request["value"]
     else:
         result = request["call"](*request["args"], **request["keywords"])
-    return host.keep(result) if request["keep"] else encode(result)
+    return [host.keep(result), copied(result, [LARGEST])] if request["keep"] else encode(result)
+
+
+def copied(value, room, level=0):
+    """The value where it is of Python's own kinds, which tell no difference between once and twice.
+
+    Everything else stays here, to be asked about in its own words. `room` is what is left of
+    LARGEST.
+    """
+    kind = type(value)
+    if kind in OWN_KINDS:
+        return encode(value)
+    if kind in (list, tuple, dict) and level < DEEPEST and len(value) <= room[0]:
+        room[0] -= len(value)
+        if kind is not dict:
+            return [copied(item, room, level + 1) for item in value]
+        if all(type(key) is str for key in value):
+            items = value.items()
+            return {"$map": [[encode_text(k), copied(v, room, level + 1)] for k, v in items]}
+    return STAYS_HERE
 
 
 def encode(value):

@@ -2,7 +2,7 @@
 
 #include "base/interrupt.h"
 #include "base/json.h"
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "python/wire.h"
 #include "src/python/bridge.py.inc"
 #include "src/python/host.py.inc"
@@ -21,6 +21,8 @@ constexpr std::chrono::seconds LAST_WORDS{2};
 std::vector<std::string> command(const std::string& interpreter,
                                  const std::vector<std::string>& names) {
   std::vector<std::string> words = {interpreter,
+                                    "-X",  // file names are bytes to us, and UTF-8 to people
+                                    "utf8",
                                     "-c",
                                     std::string(HOST_SOURCE),
                                     std::to_string(REQUESTS),
@@ -30,31 +32,36 @@ std::vector<std::string> command(const std::string& interpreter,
   return words;
 }
 
-const Map& map_of(const Value& answer) {
-  const auto* map = answer.as<Map>();
-  if (!map) throw JsonError("the engine host sent something that is no answer");
-  return *map;
-}
-
 std::string text_of(const Map& map, std::string_view key) {
   return plain_text(get(map, key, ""));
 }
 
+template <class T>
+const T& expected(const Value& value) {
+  const T* found = value.as<T>();
+  if (!found) throw Error(NO_ANSWER);
+  return *found;
+}
+
 Reference reference_of(const Value& number) {
-  const auto* id = number.as<std::int64_t>();
-  return Reference{id ? static_cast<std::uint64_t>(*id) : 0};
+  return Reference{static_cast<std::uint64_t>(expected<std::int64_t>(number))};
+}
+
+Kept kept_of(const Value& answer) {
+  const List& parts = expected<List>(answer);
+  if (parts.size() != 2) throw Error(NO_ANSWER);
+  return {reference_of(parts[0]), parts[1]};
 }
 
 Hello read_hello(const Map& answer) {
   if (answer.find("interrupted")) throw Interrupted();
   if (answer.find("problem")) throw LoadError(text_of(answer, "problem"));
-  const Value protocol = get(answer, "protocol");
-  if (!protocol.as<std::int64_t>() || *protocol.as<std::int64_t>() != PROTOCOL) {
+  if (expected<std::int64_t>(get(answer, "protocol")) != PROTOCOL) {
     throw LoadError("the engine host speaks another protocol");
   }
   Hello hello{text_of(answer, "executable"), text_of(answer, "version"), {}};
-  const Value names = get(answer, "names", List());
-  for (const Value& number : *names.as<List>()) hello.names.push_back(reference_of(number));
+  const Value names = get(answer, "names");
+  for (const Value& number : expected<List>(names)) hello.names.push_back(reference_of(number));
   return hello;
 }
 
@@ -66,7 +73,7 @@ Value read_result(const Map& answer) {
   }
   const Value* error = answer.find("error");
   if (!error) throw Interrupted();
-  const Map& map = map_of(*error);
+  const Map& map = expected<Map>(*error);
   throw PythonError(text_of(map, "type"), text_of(map, "text"), truthy(get(map, "import")));
 }
 
@@ -90,24 +97,24 @@ void Host::expect_no_calls() {
 
 const Hello& Host::hello() {
   if (hello_) return *hello_;
-  std::string line;
   try {
-    line = next_line();
+    hello_ = std::make_unique<Hello>(read_hello(answer()));
+  } catch (const LoadError&) {
+    throw;
   } catch (const Error& error) {
     throw LoadError(error.what());
   }
-  hello_ = std::make_unique<Hello>(read_hello(map_of(read_answer(line))));
   return *hello_;
 }
 
-Reference Host::import(std::string_view module, std::string_view name) {
-  return reference_of(request({{"import", List{module, name}}, {"keep", true}}));
+Kept Host::import(std::string_view module, std::string_view name) {
+  return kept_of(request({{"import", List{module, name}}, {"keep", true}}));
 }
 
 Reference Host::builtin(const std::string& module, const std::string& name) {
   const auto known = builtins_.find({module, name});
   if (known != builtins_.end()) return known->second;
-  return builtins_.emplace(std::pair{module, name}, import(module, name)).first->second;
+  return builtins_.emplace(std::pair{module, name}, import(module, name).object).first->second;
 }
 
 Value Host::value(Reference object) {
@@ -121,11 +128,11 @@ Value Host::call(Reference function, List arguments, Map keywords) {
                   {"keep", false}});
 }
 
-Reference Host::call_keep(Reference function, List arguments, Map keywords) {
-  return reference_of(request({{"call", function},
-                               {"args", std::move(arguments)},
-                               {"keywords", std::move(keywords)},
-                               {"keep", true}}));
+Kept Host::call_keep(Reference function, List arguments, Map keywords) {
+  return kept_of(request({{"call", function},
+                          {"args", std::move(arguments)},
+                          {"keywords", std::move(keywords)},
+                          {"keep", true}}));
 }
 
 Value Host::request(Map request) {
@@ -137,10 +144,14 @@ Value Host::request(Map request) {
   if (!drop.empty()) request.set("drop", std::move(drop));
   out_.flush();
   child_.write(REQUESTS, json_line(request) + "\n");
-  const Value answer = read_answer(next_line());
-  if (map_of(answer).find("interrupted")) throw Interrupted();
+  const Map answered = answer();
+  if (answered.find("interrupted")) throw Interrupted();
   check_interrupt();
-  return read_result(map_of(answer));
+  return read_result(answered);
+}
+
+Map Host::answer() {
+  return expected<Map>(read_answer(next_line()));
 }
 
 std::string Host::next_line() {

@@ -35,6 +35,13 @@ struct Hello {
   std::vector<Reference> names;
 };
 
+// An object that stays in the host, and what is known of it here: a Reference where it is of no
+// kind of Python's own.
+struct Kept {
+  Reference object;
+  Value copy;
+};
+
 class Host {
  public:
   // Starts the interpreter and returns at once; `out` is flushed before every hand-over, so that
@@ -53,17 +60,18 @@ class Host {
   void expect_no_calls();
 
   // The module itself when `name` is empty.
-  Reference import(std::string_view module, std::string_view name);
+  Kept import(std::string_view module, std::string_view name);
   // One of Python's own functions; asked for once.
   Reference builtin(const std::string& module, const std::string& name);
   Value call(Reference function, List arguments, Map keywords);
-  Reference call_keep(Reference function, List arguments, Map keywords);
+  Kept call_keep(Reference function, List arguments, Map keywords);
   Value value(Reference object);
   // The object is let go with the next request.
   void drop(Reference reference) { dropped_.push_back(reference); }
 
  private:
   Value request(Map request);
+  Map answer();
   std::string next_line();
   [[noreturn]] void give_up();
 

@@ -1,49 +1,62 @@
 #include "python/wire.h"
 
+#include <charconv>
+
 #include "base/json.h"
-#include "base/number_text.h"
+#include "base/python_number.h"
 
 namespace zv::python {
 namespace {
 
 Value untagged(const Value& value);
 
-std::string from_hex(const std::string& hex) {
+std::string from_hex(std::string_view hex) {
   std::string bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  for (; hex.size() >= 2; hex.remove_prefix(2)) {
+    unsigned char byte = 0;
+    const auto [end, error] = std::from_chars(hex.data(), hex.data() + 2, byte, 16);
+    if (error != std::errc() || end != hex.data() + 2) throw Error(NO_ANSWER);
+    bytes += static_cast<char>(byte);
   }
+  if (!hex.empty()) throw Error(NO_ANSWER);
   return bytes;
 }
 
-std::string text_of(const Value& value) {
-  const Value plain = untagged(value);
-  const auto* text = plain.as<std::string>();
-  if (!text) throw JsonError("the engine host sent something that is no text");
-  return *text;
+template <class T>
+T expected(const Value& value) {
+  const T* found = value.as<T>();
+  if (!found) throw Error(NO_ANSWER);
+  return *found;
 }
 
-const List& list_of(const Value& value) {
-  const auto* list = value.as<List>();
-  if (!list) throw JsonError("the engine host sent something that is no list");
-  return *list;
+std::string text_of(const Value& value) {
+  return expected<std::string>(untagged(value));
+}
+
+// A list of exactly so many.
+List list_of(const Value& value, std::size_t count) {
+  List list = expected<List>(value);
+  if (list.size() != count) throw Error(NO_ANSWER);
+  return list;
 }
 
 Value map_of(const List& pairs) {
   Map map;
-  for (const Value& pair : pairs) {
-    map.set(text_of(list_of(pair).at(0)), untagged(list_of(pair).at(1)));
+  for (const Value& entry : pairs) {
+    const List pair = list_of(entry, 2);
+    map.set(text_of(pair[0]), untagged(pair[1]));
   }
   return map;
 }
 
 Value tagged_value(const std::string& tag, const Value& content) {
-  if (tag == "$map") return map_of(list_of(content));
+  if (tag == "$map") return map_of(expected<List>(content));
+  if (tag == "$there") return Reference{0};
   if (tag == "$int") return BigInteger{text_of(content)};
   if (tag == "$real") return parse_real(text_of(content)).value_or(0);
   if (tag == "$bytes") return from_hex(text_of(content));
-  const List& texts = list_of(content);
-  return Opaque{text_of(texts.at(0)), text_of(texts.at(1)), text_of(texts.at(2))};
+  const List texts = list_of(content, 3);
+  return Opaque{text_of(texts[0]), text_of(texts[1]), text_of(texts[2])};
 }
 
 Value untagged(const Value& value) {
@@ -65,7 +78,11 @@ Value untagged(const Value& value) {
 }  // namespace
 
 Value read_answer(std::string_view line) {
-  return untagged(parse_json(line));
+  try {
+    return untagged(parse_json(line));
+  } catch (const JsonError&) {
+    throw Error(NO_ANSWER);
+  }
 }
 
 }  // namespace zv::python

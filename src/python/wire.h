@@ -8,7 +8,11 @@
 
 namespace zv::python {
 
-// Turns the host's tagged JSON back into values. Throws JsonError.
+// What is said of an answer that is none.
+inline constexpr const char* NO_ANSWER =
+    "the engine process sent something that is no answer of its bridge";
+
+// Turns the host's tagged JSON back into values. Throws Error.
 Value read_answer(std::string_view line);
 
 }  // namespace zv::python

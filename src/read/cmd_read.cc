@@ -1,12 +1,9 @@
-#include "read/cmd_read.h"
-
-#include "base/arithmetic.h"
 #include "base/files.h"
 #include "base/interrupt.h"
 #include "base/json.h"
 #include "base/output_stream.h"
-#include "base/value_text.h"
 #include "image/image_file.h"
+#include "read/commands.h"
 #include "read/draw_results.h"
 #include "read/expand_inputs.h"
 #include "read/output_files.h"
@@ -36,7 +33,7 @@ class Reading {
     const std::string json = args_.text("json");
     if (!json.empty()) export_json(json);
     check_interrupt();
-    out_ << "\nTotal: " << plates_.size() << " plates from " << files_.size() << " images\n";
+    out_ << "\nTotal: " << records_.size() << " plates from " << files_.size() << " images\n";
   }
 
  private:
@@ -51,39 +48,32 @@ class Reading {
 
   void read(const fs::path& file) {
     out_ << Foreign{file.filename().string()} << ": ";
-    const List kept = kept_plates(reader_.process_image(file.string(), args_), file);
-    plates_.insert(plates_.end(), kept.begin(), kept.end());
+    const auto kept = kept_plates(file);
+    for (const Plate& plate : kept) records_.emplace_back(plate.record(file));
     print(kept);
     const std::string output = args_.text("output");
     if (!output.empty()) save_annotated(file, kept, output_path(output, file, files_.size()));
   }
 
-  List kept_plates(const List& records, const fs::path& file) const {
-    List kept;
-    for (const Value& record : records) {
-      Map plate = *record.as<Map>();
-      if (!greater_equal(get(plate, "ocr_conf", 0), args_.value("confidence"))) continue;
-      plate.set("filename", file.string());
-      kept.emplace_back(std::move(plate));
-    }
-    return kept;
+  std::vector<Plate> kept_plates(const fs::path& file) {
+    auto plates = reader_.process_image(file.string(), args_);
+    const double threshold = args_.real("confidence");
+    std::erase_if(plates, [&](const Plate& plate) { return !plate.at_least(threshold); });
+    return plates;
   }
 
-  void print(const List& kept) {
+  void print(const std::vector<Plate>& kept) {
     if (kept.empty()) {
       out_ << "No plates\n";
       return;
     }
     std::string line;
-    for (const Value& record : kept) {
-      const Map& plate = *record.as<Map>();
-      line += (line.empty() ? "" : ", ") + plain_text(get(plate, "ocr_text", "N/A")) + " (" +
-              fixed_text(get(plate, "ocr_conf", 0), 2) + ")";
-    }
+    for (const Plate& plate : kept) line += (line.empty() ? "" : ", ") + plate.label();
     out_ << kept.size() << " plates: " << Foreign{line} << "\n";
   }
 
-  void save_annotated(const fs::path& file, const List& kept, const fs::path& target) {
+  void save_annotated(const fs::path& file, const std::vector<Plate>& kept,
+                      const fs::path& target) {
     const image::Photo photo = image::decode_file(file);
     image::encode_file(draw_results(photo.picture, kept), target);
     out_ << "  → Saved: " << Foreign{target.filename().string()} << "\n";
@@ -101,7 +91,7 @@ class Reading {
   void export_json(const std::string& json) {
     try {
       const fs::path target = resolved(json);
-      write_file(json, json_indented(plates_));  // by its own name, as a pipe has no other
+      write_file(json, json_indented(records_));  // by its own name, as a pipe has no other
       out_ << "\nResults saved to: " << Foreign{target.string()} << "\n";
       note_overwriting(target, "the JSON results");
     } catch (const std::exception& error) {
@@ -116,10 +106,8 @@ class Reading {
   ImageReader reader_;
   std::vector<fs::path> files_;
   WrittenFiles written_;
-  List plates_;
+  List records_;
 };
-
-}  // namespace
 
 void cmd_read(const Args& args, Session& session) {
   auto files = expand_inputs(args.list("input"), session.out);
@@ -129,5 +117,44 @@ void cmd_read(const Args& args, Session& session) {
   }
   Reading(args, session, std::move(files)).run();
 }
+
+constexpr std::string_view V17[] = {"v17"};
+constexpr std::string_view BACKENDS[] = {"cpu", "cuda", "directml"};
+constexpr Option OPTIONS[] = {
+    {.names = "input",
+     .kind = Kind::list,
+     .help = "Input image file(s) or directory",
+     .required = true,
+     .file = true},
+    {.names = "--detector-model",
+     .help = "Detector model (320p_fp32, 640p_fp32)",
+     .fallback = "640p_fp32"},
+    {.names = "--ocr-model", .help = "OCR model (fp32, int8)", .fallback = "fp32"},
+    {.names = "--region",
+     .help = "Region (eup/na/kr/cn/jp/univ or country code)",
+     .fallback = "univ"},
+    {.names = "--detector-version",
+     .help = "Detector version (default: v17)",
+     .fallback = "v17",
+     .choices = V17},
+    {.names = "--ocr-version",
+     .help = "OCR version (default: v17)",
+     .fallback = "v17",
+     .choices = V17},
+    {.names = "--backend",
+     .help = "Backend (default: cpu)",
+     .fallback = "cpu",
+     .choices = BACKENDS},
+    {.names = "--confidence",
+     .kind = Kind::real,
+     .help = "Min confidence threshold (default: 0.5)",
+     .fallback = "0.5"},
+    {.names = "--output", .help = "Save annotated image", .file = true},
+    {.names = "--json", .help = "Save results as JSON", .file = true},
+};
+
+}  // namespace
+
+constinit const Command READ = {.name = "read", .options = OPTIONS, .handler = cmd_read};
 
 }  // namespace zv::read

@@ -2,7 +2,6 @@
 
 #include "image/canvas.h"
 #include "read/label_font.h"
-#include "read/plate_label.h"
 
 namespace zv::read {
 namespace {
@@ -19,23 +18,25 @@ std::int64_t label_edge(std::int64_t box_top, std::int64_t text_height) {
   return fits_above ? box_top - GAP : box_top + text_height + GAP;
 }
 
-void draw(image::Canvas& canvas, const PlateLabel& label, const image::Font& font) {
-  const std::int64_t left = label.box.left;
-  canvas.outline_rectangle(label.box, GREEN, LINE_WIDTH);
-  const image::TextBox text = font.text_box(label.text);
-  const std::int64_t edge = label_edge(label.box.top, text.height());
+void draw(image::Canvas& canvas, const Plate& plate, const image::Font& font) {
+  const image::Rectangle box = plate.box();
+  const std::string label = plate.label();
+  const std::int64_t left = box.left;
+  canvas.outline_rectangle(box, GREEN, LINE_WIDTH);
+  const image::TextBox text = font.text_box(label);
+  const std::int64_t edge = label_edge(box.top, text.height());
   const std::int64_t text_top = edge - text.height();
   canvas.fill_rectangle({left, text_top - MARGIN, left + text.width(), edge + MARGIN}, GREEN);
-  canvas.draw_text(left, text_top, label.text, font, BLACK);
+  canvas.draw_text(left, text_top, label, font, BLACK);
 }
 
 }  // namespace
 
-image::Picture draw_results(const image::Picture& image, const List& results) {
+image::Picture draw_results(const image::Picture& image, const std::vector<Plate>& plates) {
   image::Picture annotated = image;
   image::Canvas canvas(annotated);
   const auto font = _get_cli_font();
-  for (const Value& record : results) draw(canvas, plate_label(record), *font);
+  for (const Plate& plate : plates) draw(canvas, plate, *font);
   return annotated;
 }
 

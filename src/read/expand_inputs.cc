@@ -2,8 +2,8 @@
 
 #include "base/glob.h"
 #include "base/output_stream.h"
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 #include "command/image_files.h"
 
 namespace zv::read {

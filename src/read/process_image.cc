@@ -1,7 +1,5 @@
 #include "read/process_image.h"
 
-#include "base/arithmetic.h"
-
 namespace zv::read {
 namespace {
 
@@ -9,35 +7,17 @@ Map backend_of(const Args& args) {
   return {{"backend", args.value("backend", "cpu")}};
 }
 
-// The engine may report percentages: what is greater than 1 is one.
-Value normalised(const python::Object& plate, const char* key) {
-  const auto look_up = [&] { return plate.call_method("get", {key, 0}); };
-  if (greater(look_up(), 1)) return divide(look_up(), 100.0);
-  return look_up();
-}
-
-Map record_of(const python::Object& plate) {
-  Map record;
-  record.set("ocr_text", plate.call_method("get", {"ocr", ""}));
-  record.set("ocr_conf", normalised(plate, "ocr_conf"));
-  record.set("bbox", plate.call_method("get", {"ltrb", List()}));
-  record.set("bbox_conf", normalised(plate, "ltrb_conf"));
-  return record;
-}
-
 }  // namespace
 
-List ImageReader::process_image(const std::string& image_path, const Args& args) {
+std::vector<Plate> ImageReader::process_image(const std::string& image_path, const Args& args) {
   if (engine_.revived()) forget();
   translated_region(args);
   const python::Object answer =
       engine_.from_image_file().make({detector(args), ocr(args), image_path});
   if (!answer.truthy() || !answer.contains("results")) return {};
-  List records;
-  for (const python::Object& plate : answer.item("results").elements()) {
-    records.push_back(record_of(plate));
-  }
-  return records;
+  std::vector<Plate> plates;
+  for (const python::Object& found : answer.item("results").elements()) plates.emplace_back(found);
+  return plates;
 }
 
 void ImageReader::forget() {

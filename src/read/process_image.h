@@ -1,11 +1,12 @@
-// One image through the engine: plates as plain result records. The only place that uses the
-// engine's recognition classes.
+// One image through the engine. The only place that uses the engine's recognition classes.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "command/session.h"
+#include "command/command.h"
+#include "read/plate.h"
 
 namespace zv::read {
 
@@ -14,9 +15,9 @@ class ImageReader {
  public:
   explicit ImageReader(Engine& engine) : engine_(engine) {}
 
-  // Records {ocr_text, ocr_conf, bbox, bbox_conf} in the engine's order. Any failure is an Error
-  // with the text of the engine's exception.
-  List process_image(const std::string& image_path, const Args& args);
+  // The plates in the engine's order. Any failure is an Error with the text of the engine's
+  // exception.
+  std::vector<Plate> process_image(const std::string& image_path, const Args& args);
 
  private:
   void forget();

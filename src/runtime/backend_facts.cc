@@ -1,8 +1,7 @@
-#include "runtime/backend_facts.h"
-
 #include <algorithm>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
+#include "runtime/backend.h"
 #include "runtime/probes.h"
 
 namespace zv::runtime {

@@ -1,12 +1,10 @@
-#include "runtime/cmd_gpu_setup.h"
-
 #include <string>
 
 #include "base/error.h"
-#include "runtime/distributions.h"
+#include "base/folder_lock.h"
+#include "runtime/commands.h"
+#include "runtime/environment.h"
 #include "runtime/package_switch.h"
-#include "runtime/platform_names.h"
-#include "runtime/switch_note.h"
 #include "runtime/targets.h"
 
 namespace zv::runtime {
@@ -41,8 +39,7 @@ bool change_packages(const std::string& target, const SwitchNote& note, Session&
   return change.already_done() && !note.found() ? change.confirm() : change.run();
 }
 
-}  // namespace
-
+// True when the target is installed and works as far as can be told.
 bool cmd_gpu_setup(const Args& args, Session& session) {
   const std::string target = args.text("gpu_target", "cuda");
   session.out << "\nZelvoran ANPR — GPU Setup (" << target << ")\n" << std::string(50, '=') << "\n";
@@ -52,7 +49,13 @@ bool cmd_gpu_setup(const Args& args, Session& session) {
     session.out << "\n✗ " << reason << "\n";
     return false;
   }
-  const SwitchNote note(session.engine);
+  const std::string folder = environment_folder(session.engine);
+  const FolderLock lock(folder);
+  if (!lock.ours()) {
+    session.out << "\n✗ Another gpu-setup is changing this environment; wait until it has ended.\n";
+    return false;
+  }
+  const SwitchNote note(folder);
   try {
     const bool done = change_packages(target, note, session);
     note.remove();
@@ -64,5 +67,25 @@ bool cmd_gpu_setup(const Args& args, Session& session) {
     throw;
   }
 }
+
+// The one handler whose result counts.
+void end_by_result(const Args& args, Session& session) {
+  if (!cmd_gpu_setup(args, session)) throw ExitRequest(1);
+}
+
+constexpr std::string_view TARGETS[] = {"cuda", "gpu", "directml", "cpu"};
+constexpr Option OPTIONS[] = {
+    {.names = "gpu_target",
+     .help = "Backend to install (default: cuda)",
+     .fallback = "cuda",
+     .choices = TARGETS},
+};
+
+}  // namespace
+
+constinit const Command GPU_SETUP = {.name = "gpu-setup",
+                                     .help = "Install/switch GPU backend (cuda, directml, cpu)",
+                                     .options = OPTIONS,
+                                     .handler = end_by_result};
 
 }  // namespace zv::runtime

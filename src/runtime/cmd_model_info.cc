@@ -1,9 +1,9 @@
-#include "runtime/cmd_model_info.h"
-
 #include <array>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "runtime/commands.h"
 
 namespace zv::runtime {
 namespace {
@@ -54,8 +54,6 @@ void print_regions(std::ostream& out) {
   out << "  Also accepts 2-letter codes (de, us, au) or names (germany, korea)\n";
 }
 
-}  // namespace
-
 void cmd_model_info(const Args&, Session& session) {
   std::ostream& out = session.out;
   out << "\nZelvoran ANPR v" << session.engine.version() << " — Model Info\n"
@@ -64,5 +62,12 @@ void cmd_model_info(const Args&, Session& session) {
   print_regions(out);
   out << title("Backends (--backend)") << BACKENDS << title("Examples") << EXAMPLES;
 }
+
+}  // namespace
+
+constinit const Command MODEL_INFO = {.name = "model-info",
+                                      .help = "Show available models, regions, and backends",
+                                      .handler = cmd_model_info,
+                                      .calls_engine = false};
 
 }  // namespace zv::runtime

@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "command/session.h"
-#include "runtime/distributions.h"
-#include "runtime/switch_note.h"
+#include "command/command.h"
+#include "runtime/environment.h"
 
 namespace zv::runtime {
 

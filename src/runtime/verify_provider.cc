@@ -1,15 +1,18 @@
 #include "runtime/verify_provider.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 
 #include "base/json.h"
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 #include "runtime/targets.h"
 
 namespace zv::runtime {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr const char* IMPORT_SCRIPT =
     "import onnxruntime as o; assert o.__version__; print(o.__version__)";
@@ -43,6 +46,25 @@ std::string joined(const List& texts) {
   for (const Value& text : texts) all += (all.empty() ? "" : ", ") + plain_text(text);
   return all;
 }
+
+// The interpreter takes modules from the folder it is started in: this one has none of the user's.
+class InFolderOf {
+ public:
+  explicit InFolderOf(const fs::path& program) : before_(fs::current_path(error_)) {
+    std::error_code ignored;
+    if (!error_) fs::current_path(program.parent_path(), ignored);
+  }
+  ~InFolderOf() {
+    std::error_code ignored;
+    if (!error_) fs::current_path(before_, ignored);
+  }
+  InFolderOf(const InFolderOf&) = delete;
+  InFolderOf& operator=(const InFolderOf&) = delete;
+
+ private:
+  std::error_code error_;
+  fs::path before_;
+};
 
 class Verification {
  public:
@@ -126,6 +148,7 @@ class Verification {
 }  // namespace
 
 Completed run_script(const std::string& script, Session& session) {
+  const InFolderOf there(session.engine.python());
   return run_captured({session.engine.python(), "-c", script});
 }
 

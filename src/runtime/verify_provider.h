@@ -4,7 +4,7 @@
 #include <string>
 
 #include "base/run.h"
-#include "command/session.h"
+#include "command/command.h"
 
 namespace zv::runtime {
 

@@ -1,9 +1,9 @@
 #include "server/answer.h"
 
-#include "base/arithmetic.h"
 #include "base/error.h"
+#include "base/python_number.h"
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 
 namespace zv::server {
 

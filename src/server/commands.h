@@ -1,25 +1,18 @@
-// The sub-commands of `server`, one file each.
+// The command `server`, its sub-commands, and the engine's operations behind them.
 #pragma once
 
-#include "command/session.h"
-#include "server/daemon.h"
+#include "command/command.h"
 
 namespace zv::server {
 
-// Talk to a running server. What goes wrong becomes one line.
-void cmd_server_detect(const Args& args, Session& session);
-void cmd_server_health(const Args& args, Session& session);
-void cmd_server_mmc(const Args& args, Session& session);
-void cmd_server_region(const Args& args, Session& session);
+extern const Command SERVER;
 
 // Run and inspect servers on this machine. Failures of the engine's operations pass through.
-void start(const Args& args, Session& session, const Daemon& daemon);
-void stop(const Args& args, Session& session, const Daemon& daemon);
-void restart(const Args& args, Session& session, const Daemon& daemon);
-void upgrade(const Args& args, Session& session, const Daemon& daemon);
-void status(const Args& args, Session& session, const Daemon& daemon);
-void list(const Args& args, Session& session, const Daemon& daemon);
-void logs(const Args& args, Session& session, const Daemon& daemon);
-void token(const Args& args, Session& session, const Daemon& daemon);
+extern const Command START, STOP, RESTART, STATUS, TOKEN, LIST, UPGRADE, LOGS;
+// Talk to a running server. What goes wrong becomes one line.
+extern const Command DETECT, HEALTH, MMC, REGION;
+
+inline constexpr const char* DAEMON_MODULE = "zelvoran_anpr.zelvoran_anpr_server_daemon";
+inline constexpr const char* CONFIG_MODULE = "zelvoran_anpr.zelvoran_anpr_server_config";
 
 }  // namespace zv::server

@@ -1,10 +1,10 @@
 #include <filesystem>
 
-#include "base/arithmetic.h"
 #include "base/error.h"
 #include "base/files.h"
 #include "base/glob.h"
-#include "base/value_text.h"
+#include "base/python_number.h"
+#include "base/python_text.h"
 #include "command/image_files.h"
 #include "http/client.h"
 #include "http/server_api.h"
@@ -102,8 +102,6 @@ class Detection {
   Map fields_;
 };
 
-}  // namespace
-
 void cmd_server_detect(const Args& args, Session& session) {
   const auto paths = expanded(args.list("images"), session.out);
   if (paths.empty()) {
@@ -115,5 +113,25 @@ void cmd_server_detect(const Args& args, Session& session) {
   for (const fs::path& path : paths) detection.detect(path);
   if (paths.size() >= 2) session.out << "\nTotal: " << paths.size() << " images processed\n";
 }
+
+constexpr Option OPTIONS[] = {
+    {.names = "images",
+     .kind = Kind::list,
+     .help = "Image file(s) or glob patterns",
+     .required = true,
+     .file = true},
+    {.names = "--mmc", .kind = Kind::flag, .help = "Include MMC enrichment (make, model, color)"},
+    {.names = "--region", .help = "OCR region for this request"},
+    {.names = "--host", .help = "Server host (default: 127.0.0.1)"},
+    {.names = "--port", .kind = Kind::integer, .help = "Server port (default: 8000)"},
+};
+
+}  // namespace
+
+constinit const Command DETECT = {.name = "detect",
+                                  .help = "Send image(s) to running server for detection",
+                                  .options = OPTIONS,
+                                  .handler = cmd_server_detect,
+                                  .page_help = "Send image(s) for plate detection"};
 
 }  // namespace zv::server

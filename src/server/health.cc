@@ -1,5 +1,5 @@
-#include "base/arithmetic.h"
-#include "base/value_text.h"
+#include "base/python_number.h"
+#include "base/python_text.h"
 #include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
@@ -31,8 +31,6 @@ void print_report(const Map& health, std::ostream& out) {
   out << "MMC:       " << (mmc_available(health) ? "Available" : "Unavailable") << "\n";
 }
 
-}  // namespace
-
 void cmd_server_health(const Args& args, Session& session) {
   const std::string base = http::_server_base_url(args);
   try {
@@ -43,5 +41,14 @@ void cmd_server_health(const Args& args, Session& session) {
     session.out << unreachable(base, error) << "\n";
   }
 }
+
+constexpr Option OPTIONS[] = {SERVER_HOST, SERVER_PORT};
+
+}  // namespace
+
+constinit const Command HEALTH = {.name = "health",
+                                  .help = "Show server health status",
+                                  .options = OPTIONS,
+                                  .handler = cmd_server_health};
 
 }  // namespace zv::server

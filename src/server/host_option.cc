@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "base/python_text.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 
 namespace zv::server {
 namespace {

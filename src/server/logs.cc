@@ -5,9 +5,9 @@
 #include "base/error.h"
 #include "base/files.h"
 #include "base/interrupt.h"
+#include "base/python_text.h"
 #include "base/run.h"
 #include "base/unicode.h"
-#include "base/value_text.h"
 #include "server/commands.h"
 #include "server/follow_log.h"
 
@@ -50,10 +50,8 @@ void follow(const fs::path& log, std::ostream& out) {
   }
 }
 
-}  // namespace
-
-void logs(const Args& args, Session& session, const Daemon& daemon) {
-  const fs::path folder = plain_text(daemon.get_config_dir.call());
+void logs(const Args& args, Session& session) {
+  const fs::path folder = plain_text(session.engine.load(CONFIG_MODULE, "get_config_dir").call());
   const fs::path log = folder / "logs" / "server.log";
   std::error_code problem;
   if (!fs::exists(log, problem)) {
@@ -65,5 +63,15 @@ void logs(const Args& args, Session& session, const Daemon& daemon) {
     print_last(log, wanted_lines(args.value("lines", LINES)), session.out);
   }
 }
+
+constexpr Option OPTIONS[] = {
+    {.names = "--lines/-n", .kind = Kind::integer, .help = "Number of lines", .fallback = "50"},
+    {.names = "--follow/-f", .kind = Kind::flag, .help = "Tail logs"},
+};
+
+}  // namespace
+
+constinit const Command LOGS = {
+    .name = "logs", .help = "View server logs", .options = OPTIONS, .handler = logs};
 
 }  // namespace zv::server

@@ -1,4 +1,4 @@
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
@@ -17,8 +17,6 @@ void print_report(const Map& mmc, std::ostream& out) {
   }
 }
 
-}  // namespace
-
 void cmd_server_mmc(const Args& args, Session& session) {
   const std::string base = http::_server_base_url(args);
   try {
@@ -28,5 +26,12 @@ void cmd_server_mmc(const Args& args, Session& session) {
     session.out << unreachable(base, error) << "\n";
   }
 }
+
+constexpr Option OPTIONS[] = {SERVER_HOST, SERVER_PORT};
+
+}  // namespace
+
+constinit const Command MMC = {
+    .name = "mmc", .help = "MMC status and quota", .options = OPTIONS, .handler = cmd_server_mmc};
 
 }  // namespace zv::server

@@ -1,6 +1,6 @@
 #include "base/error.h"
-#include "base/value_equal.h"
-#include "base/value_text.h"
+#include "base/value.h"
+#include "base/python_text.h"
 #include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
@@ -53,8 +53,6 @@ void print_available(const std::string& base, Session& session) {
   }
 }
 
-}  // namespace
-
 void cmd_server_region(const Args& args, Session& session) {
   const std::string base = http::_server_base_url(args);
   const std::string name = args.text("name");
@@ -70,5 +68,21 @@ void cmd_server_region(const Args& args, Session& session) {
     }
   }
 }
+
+constexpr Option OPTIONS[] = {
+    {.names = "name",
+     .help =
+         "New region (univ, euplus, eu, asia, na, korea, china, japan, or 2-letter country code)"},
+    SERVER_HOST,
+    SERVER_PORT,
+};
+
+}  // namespace
+
+constinit const Command REGION = {.name = "region",
+                                  .help = "View/change server default region",
+                                  .options = OPTIONS,
+                                  .handler = cmd_server_region,
+                                  .page_help = "View/change default OCR region"};
 
 }  // namespace zv::server

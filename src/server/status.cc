@@ -1,8 +1,8 @@
 #include <optional>
 
-#include "base/arithmetic.h"
-#include "base/value_equal.h"
-#include "base/value_text.h"
+#include "base/python_number.h"
+#include "base/value.h"
+#include "base/python_text.h"
 #include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"
@@ -12,9 +12,14 @@ namespace {
 
 constexpr std::chrono::seconds PROBE_TIMEOUT(5);
 
-void print_not_running(Session& session, const Daemon& daemon) {
+python::Object daemon(Session& session, std::string_view name) {
+  return session.engine.load(DAEMON_MODULE, name);
+}
+
+void print_not_running(Session& session) {
   session.out << "Server is not running\n"
-              << "  Installed version: " << daemon.get_installed_version.make().text() << "\n"
+              << "  Installed version: " << daemon(session, "get_installed_version").make().text()
+              << "\n"
               << "  Start with: zv-anpr server start --daemon\n";
 }
 
@@ -73,8 +78,8 @@ std::optional<Value> print_health(const std::string& url, Session& session) {
   }
 }
 
-void compare_versions(const Value& running, Session& session, const Daemon& daemon) {
-  const Value installed = daemon.get_installed_version.call();
+void compare_versions(const Value& running, Session& session) {
+  const Value installed = daemon(session, "get_installed_version").call();
   if (equal(running, "?") || equal(running, "unknown") || equal(running, installed)) return;
   session.out << "  WARNING: Version mismatch!\n"
               << "    Running server:    " << plain_text(running) << "\n"
@@ -82,16 +87,19 @@ void compare_versions(const Value& running, Session& session, const Daemon& daem
               << "    Run: zv-anpr server upgrade\n";
 }
 
-}  // namespace
-
-void status(const Args&, Session& session, const Daemon& daemon) {
-  const python::Object status = daemon.get_status.make();
-  if (!status.item("running").truthy()) return print_not_running(session, daemon);
+void status(const Args&, Session& session) {
+  const python::Object status = daemon(session, "get_status").make();
+  if (!status.item("running").truthy()) return print_not_running(session);
   const std::string url = status.item("url").text();
   session.out << "Server running (PID: " << status.item("pid").text() << ")\n"
               << "  URL: " << url << "\n";
   const auto running = print_health(url, session);
-  if (running) compare_versions(*running, session, daemon);
+  if (running) compare_versions(*running, session);
 }
+
+}  // namespace
+
+constinit const Command STATUS = {
+    .name = "status", .help = "Check if server is running", .handler = status};
 
 }  // namespace zv::server

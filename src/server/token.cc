@@ -1,13 +1,11 @@
 #include <algorithm>
 #include <array>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 #include "server/commands.h"
 
 namespace zv::server {
 namespace {
-
-constexpr const char* CONFIG_MODULE = "zelvoran_anpr.zelvoran_anpr_server_config";
 
 struct Address {
   std::string host = "127.0.0.1";
@@ -23,19 +21,18 @@ std::string reachable(const std::string& host) {
 
 // Where the configuration lets the server listen.
 Address configured(const python::Object& load_config) {
-  const python::Object section = load_config.make().attribute("get").make({"server", Map()});
+  const python::Object config = load_config.make();
   Address address;
-  if (!section.truthy()) return address;
-  const Value host = section.call_method("get", {"host", address.host});
-  const Value port = section.call_method("get", {"port", address.port});
+  if (!truthy(config.get("server"))) return address;
+  const python::Object section = config.item("server");
+  const Value host = section.get("host", address.host);
+  const Value port = section.get("port", address.port);
   if (!host.is_null()) address.host = reachable(plain_text(host));
   if (!port.is_null()) address.port = plain_text(port);
   return address;
 }
 
-}  // namespace
-
-void token(const Args& args, Session& session, const Daemon&) {
+void token(const Args& args, Session& session) {
   const auto ensure_api_token = session.engine.load(CONFIG_MODULE, "ensure_api_token");
   const auto load_config = session.engine.load(CONFIG_MODULE, "load_config");
   const bool rotate = args.flag("rotate");
@@ -49,5 +46,18 @@ void token(const Args& args, Session& session, const Daemon&) {
     session.out << "New token written. Restart the server to use it: zv-anpr server restart\n";
   }
 }
+
+constexpr Option OPTIONS[] = {
+    {.names = "--rotate", .kind = Kind::flag, .help = "Replace the token with a new one"},
+};
+
+}  // namespace
+
+constinit const Command TOKEN = {
+    .name = "token",
+    .help = "Show the API token and a dashboard sign-in link",
+    .options = OPTIONS,
+    .handler = token,
+    .page_help = "Show the API token and a dashboard sign-in link (--rotate for a new one)"};
 
 }  // namespace zv::server

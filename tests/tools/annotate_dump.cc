@@ -14,8 +14,11 @@ int main(int argc, char** argv) {
   try {
     const std::string text{std::istreambuf_iterator<char>(std::cin), {}};
     const zv::Value records = zv::parse_json(text);
-    const auto picture =
-        zv::read::draw_results(zv::image::decode_file(argv[1]).picture, *records.as<zv::List>());
+    std::vector<zv::read::Plate> plates;
+    for (const zv::Value& record : *records.as<zv::List>()) {
+      plates.emplace_back(*record.as<zv::Map>());
+    }
+    const auto picture = zv::read::draw_results(zv::image::decode_file(argv[1]).picture, plates);
     std::cout << picture.width << ' ' << picture.height << '\n';
     std::cout.write(reinterpret_cast<const char*>(picture.rgb.data()),
                     static_cast<std::streamsize>(picture.rgb.size()));

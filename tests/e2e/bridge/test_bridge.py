@@ -142,6 +142,34 @@ def test_an_interpreter_that_is_none_is_told(zv):
     assert "/bin/false ended (exit status 1) before it answered" in err
 
 
+@pytest.mark.parametrize(
+    "hello",
+    [
+        '{"protocol": 1, "executable": "", "version": "1", "names": null}',
+        '{"protocol": 1, "executable": {"$bytes": "zz"}, "version": "1", "names": [1]}',
+        '{"protocol": 1, "executable": "", "version": "1", "names": ["one"]}',
+        '{"protocol": "1"}',
+        "[1]",
+        "Python 2.7",
+    ],
+)
+def test_a_program_that_answers_something_else_is_told_in_one_line(zv, hello):
+    python = zv.folder / "python"
+    python.write_text(f"#!/bin/sh\nprintf '%s\\n' '{hello}' >&4\ncat <&3\n")
+    python.chmod(0o755)
+    status, out, err = zv("version", env={"ZV_ANPR_PYTHON": str(python)})
+    assert (status, out) == (1, "")
+    assert "the engine process sent something that is no answer of its bridge" in err
+    assert len(err.splitlines()) == 1
+
+
+def test_file_names_are_whole_where_the_locale_is_not_utf8(zv):
+    (zv.folder / "京ü.jpg").touch()
+    zv.script("import os\ndef answer(path):\n    print(os.stat(path).st_size, path[-6:])\n")
+    env = {"LC_ALL": "C", "PYTHONUTF8": "0", "PYTHONCOERCECLOCALE": "0"}
+    assert "京ü.jpg: 0 京ü.jpg\nNo plates\n" in zv("京ü.jpg", env=env).out
+
+
 def test_the_users_environment_reaches_the_engine_unchanged(zv, car):
     zv.script(
         "import os, sys\n"

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -37,6 +38,15 @@ def test_the_example_photo_is_read(real, zv):
     with Image.open(zv.folder / "seen.png") as seen:
         assert 0 <= left < right <= seen.width and 0 <= top < bottom <= seen.height
         assert seen.convert("RGB").getpixel((int(left), int(bottom) - 4)) == (0, 255, 0)
+
+
+def test_the_first_example_of_the_readme_is_what_the_program_prints(real):
+    """But for the last digits of the confidence, which change with the models."""
+    shown = (ROOT / "README.md").read_text().split("```\n$ zv-anpr car.jpg\n")[1].split("```")[0]
+    out = real("car.jpg").out
+    number = re.compile(r"(?<=\()\d\.\d\d(?=\))")
+    assert number.sub("N", shown) == number.sub("N", out)
+    assert abs(float(number.search(shown)[0]) - float(number.search(out)[0])) <= 0.2
 
 
 def test_a_photo_held_sideways_is_read_upright(real, zv):

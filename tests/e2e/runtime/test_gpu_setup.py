@@ -1,5 +1,10 @@
 """gpu-setup with real installs and removals: what it says, and what is installed afterwards."""
 
+import json
+import os
+import signal
+from pathlib import Path
+
 import pytest
 from runtime_wheels import (
     NEEDS_CPU_PACKAGE,
@@ -10,6 +15,7 @@ from runtime_wheels import (
     withdrawn_when_imported,
 )
 
+FOLDER = Path(__file__).parent
 CPU, GPU, DIRECTML = "onnxruntime", "onnxruntime-gpu", "onnxruntime-directml"
 CUDA_LIBRARIES = {"nvidia-cuda-runtime-cu12": "12.0", "nvidia-cudnn-cu12": "12.0"}
 ONLY_CPU = {CPU: "1.19.2"}
@@ -395,3 +401,33 @@ def test_an_interpreter_that_is_gone_is_an_error(runtime):
     status, out = runtime.run("gpu-setup", "cpu")
     assert status == 1
     assert out.endswith(f"Error: [Errno 2] No such file or directory: '{runtime.python}-gone'\n")
+
+
+def test_modules_of_the_folder_the_user_stands_in_are_not_judged(runtime):
+    runtime.offer(CPU)
+    for name in ("onnxruntime.py", "json.py"):
+        (runtime.zv.folder / name).write_text("raise ImportError('of the folder')\n")
+    status, out = runtime.run("gpu-setup", "cpu")
+    assert (status, out.endswith(CPU_WORKS)) == (0, True)
+    assert runtime.distributions() == ONLY_CPU
+
+
+def test_a_second_run_in_the_same_environment_is_refused(runtime, eventually):
+    """Until the first one ends, however it ends."""
+    runtime.offer(CPU)
+    (runtime.site / "sitecustomize.py").write_text((FOLDER / "stall.py").read_text())
+    reached = runtime.zv.folder / "reached"
+    stall = {"words": "pip install", "event": None, "path": "", "reached": str(reached)}
+    env = runtime.variables(ZV_TEST_STALL=json.dumps(stall))
+    first = runtime.zv.popen("gpu-setup", "cpu", env=env, start_new_session=True)
+    eventually(reached.exists)
+    assert runtime.run("gpu-setup", "cpu") == (
+        1,
+        runtime.title("cpu")
+        + "\n✗ Another gpu-setup is changing this environment; wait until it has ended.\n",
+    )
+    os.killpg(first.pid, signal.SIGKILL)
+    first.communicate()
+    (runtime.site / "sitecustomize.py").unlink()
+    status, out, _ = runtime.zv("gpu-setup", "cpu", env=runtime.variables())
+    assert (status, out.endswith(CPU_WORKS)) == (0, True)

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 
 namespace zv {
 namespace {

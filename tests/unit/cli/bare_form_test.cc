@@ -1,6 +1,6 @@
-#include "cli/bare_form.h"
-
 #include <gtest/gtest.h>
+
+#include "cli/parse.h"
 
 namespace zv::cli {
 namespace {

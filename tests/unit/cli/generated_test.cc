@@ -6,11 +6,10 @@
 #include <algorithm>
 #include <sstream>
 
-#include "cli/command_paths.h"
-#include "cli/completion.h"
+#include "cli/command_table.h"
+#include "cli/documents.h"
 #include "cli/help.h"
-#include "cli/manual.h"
-#include "cli/option_names.h"
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {
@@ -56,8 +55,8 @@ class EveryCommand : public testing::TestWithParam<CommandPath> {
   }
 
   void expect_commands(const std::string& text) const {
-    for (const Command& command : path().back()->commands) {
-      EXPECT_THAT(text, HasSubstr(std::string(command.name)));
+    for (const Command* command : path().back()->commands) {
+      EXPECT_THAT(text, HasSubstr(std::string(command->name)));
     }
   }
 
@@ -137,10 +136,11 @@ TEST(CommandPaths, ReachEveryCommandOfEveryLevel) {
 }
 
 constexpr Option TRICKY[] = {
-    {.names = "--odd", .field = "odd", .help = "it's a [b:c] \\ thing"},
-    {.names = "where", .field = "where", .help = ".dot first", .file = true},
+    {.names = "--odd", .help = "it's a [b:c] \\ thing"},
+    {.names = "where", .help = ".dot first", .file = true},
 };
-constexpr Command TRICKY_COMMANDS[] = {{.name = "go", .help = "'quoted'", .options = TRICKY}};
+constexpr Command GO = {.name = "go", .help = "'quoted'", .options = TRICKY};
+constexpr const Command* TRICKY_COMMANDS[] = {&GO};
 constexpr Command TRICKY_PROGRAM = {.name = "p", .commands = TRICKY_COMMANDS};
 
 TEST(Texts, AreQuotedForEachReader) {

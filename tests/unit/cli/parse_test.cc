@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "base/value_text.h"
+#include <algorithm>
+#include <ctime>
+#include <limits>
+
+#include "base/python_text.h"
+#include "cli/command_table.h"
 
 namespace zv::cli {
 namespace {
@@ -113,6 +118,23 @@ TEST(Parse, AsksForHelpAndVersionWhereTheyAre) {
   EXPECT_TRUE(std::holds_alternative<HelpWanted>(parse(program(), {"--he"})));
   EXPECT_TRUE(std::holds_alternative<VersionWanted>(parse(program(), {"--vers"})));
   EXPECT_EQ(problem({"version", "--version"}).substr(0, 33), "unrecognized arguments: --version");
+}
+
+// Processor time of the fastest of some runs.
+std::clock_t ticks_for(std::size_t words) {
+  std::vector<std::string> line(words, "photo.jpg");
+  line.front() = "read";
+  std::clock_t best = std::numeric_limits<std::clock_t>::max();
+  for (int round = 0; round < 3; ++round) {
+    const std::clock_t start = std::clock();
+    parse(program(), line);
+    best = std::min(best, std::clock() - start);
+  }
+  return best;
+}
+
+TEST(Parse, TakesLongerInProportionToTheWords) {
+  EXPECT_LT(ticks_for(20'000), 9 * ticks_for(5'000));  // about 4; 16 if each word met all others
 }
 
 TEST(Parse, HasNoCommandForNoWords) {

@@ -1,6 +1,6 @@
-#include "cli/suggest.h"
-
 #include <gtest/gtest.h>
+
+#include "cli/options.h"
 
 namespace zv::cli {
 namespace {

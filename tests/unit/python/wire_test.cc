@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/value_text.h"
+#include "base/python_text.h"
 
 namespace zv::python {
 namespace {
@@ -27,6 +27,15 @@ TEST(ReadAnswer, UndoesTheTags) {
 TEST(ReadAnswer, RefusesTagsWithoutSense) {
   EXPECT_ANY_THROW(read_answer(R"({"$map": 1})"));
   EXPECT_ANY_THROW(read_answer(R"({"$int": []})"));
+  for (const char* line : {R"({"$bytes": "zz"})", R"({"$bytes": "6"})", R"({"$map": [["a"]]})",
+                           R"({"$opaque": []})", R"({"$opaque": "x"})", "no JSON"}) {
+    try {
+      read_answer(line);
+      ADD_FAILURE() << line;
+    } catch (const Error& error) {
+      EXPECT_STREQ(error.what(), NO_ANSWER) << line;
+    }
+  }
 }
 
 }  // namespace

@@ -16,8 +16,8 @@ using image::Rgb;
 constexpr Rgb GREEN{0, 255, 0};
 constexpr int LEFT = 20;
 
-Map plate(List bbox) {
-  return {{"ocr_text", "12AB3456"}, {"ocr_conf", 0.98}, {"bbox", std::move(bbox)}};
+Plate plate(List bbox) {
+  return Plate(Map{{"ocr_text", "12AB3456"}, {"ocr_conf", 0.98}, {"bbox", std::move(bbox)}});
 }
 
 image::TextBox label_box() {
@@ -109,8 +109,8 @@ TEST(DrawResults, OutlineIsTwoPixels) {
 }
 
 TEST(DrawResults, LaterPlatesCoverEarlierOnes) {
-  const Map first = plate({LEFT, 100, 270, 150});
-  const Map second = plate({LEFT, 101, 270, 150});
+  const Plate first = plate({LEFT, 100, 270, 150});
+  const Plate second = plate({LEFT, 101, 270, 150});
   const Picture both = draw_results(image::filled(300, 200), {first, second});
   const Picture steps = draw_results(draw_results(image::filled(300, 200), {first}), {second});
   EXPECT_EQ(both.rgb, steps.rgb);
@@ -126,7 +126,7 @@ TEST(DrawResults, ClipsPlatesThatReachOut) {
 
 TEST(DrawResults, RefusesBackwardBoxes) {
   EXPECT_THROW(draw_results(image::filled(50, 40), {plate({30, 10, 20, 20})}), Error);
-  EXPECT_THROW(draw_results(image::filled(50, 40), {Map{}}), Error);
+  EXPECT_THROW(draw_results(image::filled(50, 40), {Plate(Map{})}), Error);
 }
 
 }  // namespace

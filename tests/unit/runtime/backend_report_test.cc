@@ -1,9 +1,9 @@
-#include "runtime/backend_report.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "runtime/backend.h"
 
 namespace zv::runtime {
 namespace {
