@@ -8,8 +8,8 @@
 #include <type_traits>
 
 #include "base/error.h"
-#include "base/unicode.h"
 #include "base/python_text.h"
+#include "base/unicode.h"
 #include "image/colour.h"
 #include "image/font.h"
 

@@ -7,8 +7,8 @@
 
 #include "base/error.h"
 #include "base/files.h"
-#include "base/unicode.h"
 #include "base/python_text.h"
+#include "base/unicode.h"
 #include "image/codec.h"
 #include "image/orientation.h"
 

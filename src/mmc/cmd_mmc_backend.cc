@@ -4,6 +4,7 @@
 #include "base/unicode.h"
 #include "mmc/commands.h"
 #include "mmc/live_switch.h"
+#include "python/object.h"
 
 namespace zv::mmc {
 namespace {

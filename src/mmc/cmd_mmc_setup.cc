@@ -4,6 +4,7 @@
 
 #include "command/pip.h"
 #include "mmc/commands.h"
+#include "python/object.h"
 
 namespace zv::mmc {
 namespace {

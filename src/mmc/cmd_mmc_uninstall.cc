@@ -9,6 +9,7 @@
 #include "base/unicode.h"
 #include "command/texts.h"
 #include "mmc/commands.h"
+#include "python/object.h"
 
 namespace zv::mmc {
 namespace {

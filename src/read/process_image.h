@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command/command.h"
+#include "python/object.h"
 #include "read/plate.h"
 
 namespace zv::read {

@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "base/files.h"
 #include "base/python_text.h"
+#include "python/object.h"
 #include "src/runtime/environment.py.inc"
 
 namespace zv::runtime {

@@ -1,6 +1,7 @@
 // `server`: hands its sub-commands on.
 #include <array>
 
+#include "python/object.h"
 #include "server/commands.h"
 
 namespace zv::server {

@@ -1,5 +1,6 @@
 // The sub-commands that hand their work to the engine's operations on server processes.
 #include "base/python_text.h"
+#include "python/object.h"
 #include "server/commands.h"
 #include "server/host_option.h"
 

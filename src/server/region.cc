@@ -1,6 +1,6 @@
 #include "base/error.h"
-#include "base/value.h"
 #include "base/python_text.h"
+#include "base/value.h"
 #include "http/server_api.h"
 #include "server/answer.h"
 #include "server/commands.h"

@@ -1,9 +1,10 @@
 #include <optional>
 
 #include "base/python_number.h"
-#include "base/value.h"
 #include "base/python_text.h"
+#include "base/value.h"
 #include "http/server_api.h"
+#include "python/object.h"
 #include "server/answer.h"
 #include "server/commands.h"
 

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "base/python_text.h"
+#include "python/object.h"
 #include "server/commands.h"
 
 namespace zv::server {

@@ -1,7 +1,5 @@
 """The rooms of src/ and the arrows between them: said once in words, once to CMake, and kept."""
 
-from __future__ import annotations
-
 import re
 from pathlib import Path
 
@@ -48,3 +46,16 @@ def test_headers_are_taken_along_the_arrows_only(room):
             continue
         rooms = set(re.findall(r'^#include "(\w+)/', path.read_text(), re.MULTILINE)) - {"src"}
         assert rooms <= allowed, path
+
+
+def includes(path: Path) -> set[str]:
+    """Of a file and, where it has one, the header that it implements."""
+    texts = [file.read_text() for file in (path, path.with_suffix(".h")) if file.is_file()]
+    return set(re.findall(r'^#include "([\w/.]+)"', "\n".join(texts), re.MULTILINE))
+
+
+def test_who_uses_python_objects_includes_them():
+    for path in SOURCES.rglob("*"):
+        if path.suffix in (".h", ".cc") and path.parent.name != "python":
+            uses = re.search(r"\bpython::", path.read_text())
+            assert not uses or any(name.startswith("python/") for name in includes(path)), path
