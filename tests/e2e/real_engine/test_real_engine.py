@@ -41,12 +41,11 @@ def test_the_example_photo_is_read(real, zv):
 
 
 def test_the_first_example_of_the_readme_is_what_the_program_prints(real):
-    """But for the last digits of the confidence, which change with the models."""
+    """But for the confidence, which changes with the models."""
     shown = (ROOT / "README.md").read_text().split("```\n$ zv-anpr car.jpg\n")[1].split("```")[0]
     out = real("car.jpg").out
     number = re.compile(r"(?<=\()\d\.\d\d(?=\))")
     assert number.sub("N", shown) == number.sub("N", out)
-    assert abs(float(number.search(shown)[0]) - float(number.search(out)[0])) <= 0.2
 
 
 def test_a_photo_held_sideways_is_read_upright(real, zv):
