@@ -11,7 +11,7 @@ from .progress import Progress
 from .target import Target
 from .worker import Row
 
-PART_ROWS = 8_000  # a few megabytes
+PART_ROWS = 4_000  # a megabyte or two
 OUTAGE_PHOTOS = 64  # as many failures before the first success end the run
 
 
