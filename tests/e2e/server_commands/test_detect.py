@@ -100,6 +100,11 @@ def test_plates_are_printed_with_percentages_as_sent(ask, server, photo):
     )
 
 
+def test_half_a_surrogate_pair_is_a_text_like_any_other(ask, server, photo):
+    server.answers["/api/anpr"] = http(r'{"results": [{"plate_text": "A\ud83d", "x\udc00": 1}]}')
+    assert ask("detect", "car.jpg") == "  car.jpg: 1 plate(s)  [0.00s]\n    A\\ud83d (0%)\n"
+
+
 @pytest.mark.parametrize(
     ("vehicle", "suffix"),
     [
