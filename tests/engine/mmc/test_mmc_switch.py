@@ -14,8 +14,7 @@ pytest.importorskip("ruamel.yaml", reason="needs the server's dependencies")
 from zelvoran_anpr.server.config.settings import load_settings
 from zelvoran_anpr.server.web.mmc_switch import MmcSwitch, MmcUnavailable
 
-PHOTO = np.full((400, 600, 3), (250, 0, 0), dtype=np.uint8)
-BOX = [250, 300, 350, 330]
+VEHICLE = np.full((400, 600, 3), (250, 0, 0), dtype=np.uint8)
 
 
 @pytest.fixture
@@ -55,7 +54,7 @@ def test_requests_go_on_while_the_backend_changes(switch, settings, monkeypatch)
     def ask() -> None:
         while not ending.is_set():
             try:
-                done.append(switch.recognise(PHOTO, BOX)["make"])
+                done.append(switch.recognise(VEHICLE)["make"])
             except MmcUnavailable as error:
                 failed.append(str(error))
 
@@ -80,7 +79,7 @@ def test_a_backend_that_does_not_come_up_leaves_the_one_before(switch, settings,
     assert "out of memory" in switch.change("local").result()
     assert "not configured" in switch.change("cloud").result()
     assert switch.name == "local" and switch.available
-    assert switch.recognise(PHOTO, BOX)["color"] == "red"
+    assert switch.recognise(VEHICLE)["color"] == "red"
 
 
 def test_a_request_that_met_the_change_is_answered_by_the_new_backend(switch, settings):
@@ -95,7 +94,7 @@ def test_a_request_that_met_the_change_is_answered_by_the_new_backend(switch, se
         return ask(vehicle)
 
     old.recognise = change_first
-    assert switch.recognise(PHOTO, BOX)["color"] == "red"
+    assert switch.recognise(VEHICLE)["color"] == "red"
     assert switch._backend is not old
 
 

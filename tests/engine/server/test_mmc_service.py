@@ -21,6 +21,8 @@ class Service(ThreadingHTTPServer):
         super().__init__(("127.0.0.1", 0), _Handler)
         self.answer = (200, {"make": "Renault", "model": "Duster", "color": "silver"})
         self.pictures: list[bytes] = []
+        self.awake = threading.Event()
+        self.awake.set()
         self.url = f"http://127.0.0.1:{self.server_port}/recognise"
 
 
@@ -30,6 +32,7 @@ class _Handler(BaseHTTPRequestHandler):
 
     def do_POST(self):
         self.server.pictures.append(self.rfile.read(int(self.headers["Content-Length"])))
+        self.server.awake.wait()
         status, body = self.server.answer
         self._send(status, json.dumps(body).encode())
 
@@ -48,6 +51,7 @@ def service():
     made = Service()
     threading.Thread(target=made.serve_forever, daemon=True).start()
     yield made
+    made.awake.set()
     made.shutdown()
     made.server_close()
 
@@ -137,3 +141,27 @@ def test_a_service_that_says_nothing_blocks_neither_the_status_nor_the_stop(home
             )
         assert home.call("stop_server").returncode == 0
         wait_until(lambda: not server.alive())
+
+
+def test_a_vehicle_that_is_never_answered_does_not_keep_the_server_from_stopping(
+    home, service, plate_photo
+):
+    home.configure(mmc={"cloud": {"url": service.url, "timeout": 3600}},
+                   limits={"stop_seconds": 1, "mmc_seconds": 3600})  # fmt: skip
+    server = home.start(threads=1)
+    with server.client() as client:
+        wait_until(lambda: client.get("/api/health").json()["mmc_available"])
+        service.awake.clear()
+        asker = threading.Thread(target=_ask_in_vain, args=(server, plate_photo))
+        asker.start()
+        wait_until(lambda: service.pictures)
+    done = home.call("stop_server")
+    assert (done.returncode, done.stderr) == (0, "")
+    wait_until(lambda: not server.alive())
+    asker.join()
+
+
+def _ask_in_vain(server, photo) -> None:
+    with contextlib.suppress(httpx.HTTPError), server.client() as client:
+        client.timeout = 120
+        upload(client, photo, "/api/anpr/mmc")
