@@ -49,7 +49,7 @@ class BodyLimits:
         except Stop:
             pass  # kept by the body
         finally:
-            self._total.leave(body)
+            body.close()
         if body.stop and not answering:
             await _answer_and_drain(body.stop.answer, receive, send)
 

@@ -29,10 +29,16 @@ class LimitedBody:
         self.complete = False
         self._receive = receive
         self._left = limit
-        self._deadline = self.last_at + limits.body_seconds
         self._total = total
-        self._gave_way = asyncio.Event()
+        self._next_stop: Stop | None = None
+        self._pending: asyncio.Future[Message] | None = None
+        self._timer = asyncio.get_running_loop().call_later(limits.body_seconds, self._late)
         total.enter(self)
+
+    def close(self) -> None:
+        """Free what it holds; to be called when its request is over."""
+        self._timer.cancel()
+        self._total.leave(self)
 
     async def receive(self) -> Message:
         if self.complete:  # what comes now is the end of the connection, whenever that is
@@ -42,6 +48,8 @@ class LimitedBody:
             size = len(message.get("body", b""))
             self._left -= size
             self.complete = not message.get("more_body", False)
+            if self.complete:
+                self._timer.cancel()
             self.last_at = time.monotonic()
             if self._left < 0:
                 raise self._stopped(too_large(self.limit))
@@ -51,23 +59,28 @@ class LimitedBody:
 
     def give_way(self) -> None:
         """Stop: the room is needed for a client that sends."""
-        self._gave_way.set()
+        self._cut_off(no_room())
+
+    def _late(self) -> None:
+        self._cut_off(Stop(408, "The request was sent too slowly"))
+
+    def _cut_off(self, stop: Stop) -> None:
+        self._next_stop = stop  # does not count for a request that never asks for its body
+        if self._pending is not None:
+            self._pending.cancel()
 
     async def _next(self) -> Message:
-        message = asyncio.ensure_future(self._receive())
-        gave_way = asyncio.ensure_future(self._gave_way.wait())
+        if self._next_stop:
+            raise self._stopped(self._next_stop)
+        self._pending = asyncio.ensure_future(self._receive())
         try:
-            seconds = max(self._deadline - time.monotonic(), 0)
-            first = asyncio.FIRST_COMPLETED
-            await asyncio.wait({message, gave_way}, timeout=seconds, return_when=first)
-            if gave_way.done():
-                raise self._stopped(no_room())
-            if not message.done():
-                raise self._stopped(Stop(408, "The request was sent too slowly"))
-            return message.result()
+            return await self._pending
+        except asyncio.CancelledError:
+            if self._next_stop:
+                raise self._stopped(self._next_stop) from None
+            raise
         finally:
-            message.cancel()
-            gave_way.cancel()
+            self._pending = None
 
     def _stopped(self, stop: Stop) -> Stop:
         self.stop = stop

@@ -23,3 +23,7 @@ class PoolFull(Exception):
 
 class WorkerLost(RuntimeError):
     """A reading process could not start, or ended in the middle; the text is one line."""
+
+
+class PhotoFailed(RuntimeError):
+    """Reading this photo failed by a mistake of ours; the text is one line for the log."""

@@ -80,20 +80,20 @@ class ReaderPool:
     async def read(self, photo: bytes, region: str, crops: bool, seconds: float) -> Frame:
         """Return what `WorkerProcess.read` does.
 
-        Raises PhotoRefused, PoolFull, NotReady, WorkerLost, and asyncio.TimeoutError when it is
-        not there in time: a photo that still waits is dropped then, as when this is cancelled;
-        one that is being read holds its process until it ends or is ended.
+        Raises what that raises, PoolFull, NotReady, and asyncio.TimeoutError when it is not there
+        in time: a photo that still waits is dropped then, as when this is cancelled; one that is
+        being read holds its process until it ends or is ended.
         """
         self.check_ready()
         self.check_room(seconds)
         self._backlog.held += 1
-        begun = asyncio.Event()
-        job = self._spawned(self._job(begun, photo, region, crops))
+        place: list[WorkerProcess] = []
+        job = self._spawned(self._job(place, photo, region, crops))
         job.add_done_callback(self._done)
         try:
             return await asyncio.wait_for(asyncio.shield(job), seconds)
         except (asyncio.TimeoutError, asyncio.CancelledError):
-            if not begun.is_set():
+            if not place or place[0].waits_for_memory:
                 job.cancel()
             raise
 
@@ -108,9 +108,11 @@ class ReaderPool:
         if ends:
             await asyncio.wait(ends, timeout=_CLOSE_SECONDS)
 
-    async def _job(self, begun: asyncio.Event, photo: bytes, region: str, crops: bool) -> Frame:
+    async def _job(
+        self, place: list[WorkerProcess], photo: bytes, region: str, crops: bool
+    ) -> Frame:
         worker = await self._free_worker()
-        begun.set()
+        place.append(worker)
         return await self._reading(worker, photo, region, crops)
 
     async def _reading(
@@ -118,16 +120,12 @@ class ReaderPool:
     ) -> Frame:
         begun = time.monotonic()
         try:
-            reading = worker.read(photo, region, crops)
-            result = await asyncio.wait_for(reading, self._most_seconds)
-        except (asyncio.TimeoutError, WorkerLost) as error:
-            self._replace(worker, "it took too long" if not str(error) else str(error))
-            raise
-        except asyncio.CancelledError:
-            worker.kill()
-            raise
-        except BaseException:
-            self._freed(worker)
+            result = await worker.read(photo, region, crops, self._most_seconds)
+        except BaseException as error:
+            if worker.in_step:
+                self._freed(worker)
+            else:
+                self._replace(worker, str(error) or "a photo kept it busy for too long")
             raise
         self._backlog.took(time.monotonic() - begun)
         self._freed(worker)

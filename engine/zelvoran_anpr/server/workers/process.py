@@ -4,10 +4,11 @@ import asyncio
 import contextlib
 import os
 import sys
+from collections.abc import AsyncIterator
 from pathlib import Path
 from typing import Any
 
-from .errors import PhotoRefused, WorkerLost
+from .errors import PhotoFailed, PhotoRefused, WorkerLost
 from .frames import Frame, packed_head, receive_frame
 from .memory_grants import MemoryGrants
 
@@ -19,6 +20,9 @@ class WorkerProcess:
     """Reads one photo at a time; built by `start_worker`."""
 
     def __init__(self, process: asyncio.subprocess.Process, grants: MemoryGrants) -> None:
+        self.in_step = True
+        """Whether it waits for a photo; one that does not, and was left, must be killed."""
+        self.waits_for_memory = False
         self._process = process
         self._grants = grants
 
@@ -30,24 +34,40 @@ class WorkerProcess:
     def running(self) -> bool:
         return self._process.returncode is None
 
-    async def read(self, photo: bytes, region: str, crops: bool) -> Frame:
+    async def read(self, photo: bytes, region: str, crops: bool, seconds: float) -> Frame:
         """Return `plates` (`ocr`, `ocr_conf`, `ltrb`, `ltrb_conf`), `width`, `height`, `seconds`
         and `crops` (height and width of each vehicle), whose RGB pixels follow one another.
 
-        Raises PhotoRefused, and WorkerLost when the process has ended. One that is cancelled
-        leaves the process in the middle: it must be killed.
+        Raises PhotoRefused, PhotoFailed, WorkerLost when the process has ended, and
+        asyncio.TimeoutError when it is busy for so long, less what it waits for memory.
         """
-        await self._send({"region": region, "crops": crops}, photo)
-        head, payload = await self._receive()
+        self.in_step = False
+        request = self._asked({"region": region, "crops": crops}, photo)
+        head, payload = await asyncio.wait_for(request, seconds)
         if "needs" in head:
-            async with self._grants.granted(int(head["needs"])):
-                await self._send({}, b"")
-                head, payload = await self._receive()
+            async with self._granted(int(head["needs"])):
+                request = self._asked({"granted": True}, b"")
+                head, payload = await asyncio.wait_for(request, seconds)
+        self.in_step = True
         if "refused" in head:
             raise PhotoRefused(str(head["refused"]), int(head["status"]))
         if "failed" in head:
-            raise WorkerLost(str(head["failed"]))
+            raise PhotoFailed(str(head["failed"]))
         return head, payload
+
+    @contextlib.asynccontextmanager
+    async def _granted(self, needed: int) -> AsyncIterator[None]:
+        async with contextlib.AsyncExitStack() as stack:
+            self.waits_for_memory = True
+            try:
+                await stack.enter_async_context(self._grants.granted(needed))
+            except asyncio.CancelledError:
+                await self._asked({"granted": False}, b"")
+                self.in_step = True
+                raise
+            finally:
+                self.waits_for_memory = False
+            yield
 
     def kill(self) -> None:
         with contextlib.suppress(ProcessLookupError):
@@ -59,10 +79,13 @@ class WorkerProcess:
 
     async def begin(self, options: dict[str, Any]) -> None:
         """Wait until the models are warm. Raises WorkerLost with one line."""
-        await self._send({**options, "server": os.getpid()}, b"")
-        head, _ = await self._receive()
+        head, _ = await self._asked({**options, "server": os.getpid()}, b"")
         if "ready" not in head:
             raise WorkerLost(str(head.get("failed")))
+
+    async def _asked(self, head: dict[str, Any], payload: bytes) -> Frame:
+        await self._send(head, payload)
+        return await self._receive()
 
     async def _send(self, head: dict[str, Any], payload: bytes) -> None:
         pipe = self._process.stdin

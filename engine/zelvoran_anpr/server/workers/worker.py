@@ -2,11 +2,13 @@
 
 Frames: first the options, answered by {"ready": true} or {"failed": text}. Then photos with
 {"region", "crops"}, each answered by a `Reader`'s answer or {"refused": text, "status": number}.
-In between {"needs": bytes} may be asked, which is answered when so much memory may be used.
+In between {"needs": bytes} may be asked, which is answered by {"granted": true} when so much memory
+may be used, and by {"granted": false} when the photo is to be let go.
 """
 
 import os
 import sys
+import traceback
 from typing import Any, BinaryIO
 
 from .errors import PhotoRefused
@@ -43,8 +45,11 @@ def _own_answers() -> BinaryIO:
 def _reader(options: dict[str, Any], requests: BinaryIO, answers: BinaryIO) -> Any:
     def ask_memory(needed: int) -> None:
         write_frame(answers, {"needs": needed})
-        if read_frame(requests) is None:
+        answer = read_frame(requests)
+        if answer is None:
             os._exit(1)
+        if not answer[0]["granted"]:
+            raise PhotoRefused("nobody waits for it any more")
 
     try:
         from .reader import Reader
@@ -63,7 +68,8 @@ def _answer(reader: Any, request: dict[str, Any], photo: bytes) -> tuple[dict[st
         return {"refused": str(refused), "status": refused.status}, b""
     except MemoryError:
         return {"refused": "Not enough memory to read the photo", "status": 413}, b""
-    except Exception as error:  # noqa: BLE001  the process goes on; the server logs it
+    except Exception as error:  # noqa: BLE001  the process goes on; the log gets it all
+        traceback.print_exc()
         return {"failed": f"{type(error).__name__}: {error}"}, b""
 
 
