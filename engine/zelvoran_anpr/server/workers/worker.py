@@ -15,6 +15,9 @@ from .errors import PhotoRefused
 from .frames import read_frame, write_frame
 from .own_limits import end_with_server, ignore_signals, limit_memory
 
+_LEEWAY = 1.5
+"""What a photo asks for is an estimate; the limit is for those that take far more."""
+
 
 def main() -> int:
     ignore_signals()
@@ -28,7 +31,7 @@ def main() -> int:
     if reader is None:
         return 1
     if options["backend"] == "cpu":  # drivers of accelerators map more than they use
-        limit_memory(options["most_bytes"])
+        limit_memory(int(_LEEWAY * options["most_bytes"]))
     write_frame(answers, {"ready": True})
     while (frame := read_frame(requests)) is not None:
         write_frame(answers, *_answer(reader, *frame))
