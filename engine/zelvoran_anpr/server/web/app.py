@@ -6,7 +6,7 @@ from fastapi.responses import JSONResponse
 from starlette.exceptions import HTTPException
 
 from ..._version import __version__
-from ..workers.errors import NotReady, PhotoFailed, PhotoRefused, PoolFull, WorkerLost
+from ..workers.errors import NotReady, PhotoRefused, PoolFull, ReadingFailed
 from . import batch, management, probes, recognition, sign_in
 from .answers import problem
 from .body_limits import BodyLimits
@@ -67,9 +67,8 @@ def _add_handlers(app: FastAPI) -> None:
     async def full(_: Request, error: PoolFull) -> JSONResponse:
         return problem(429, str(error), **{"retry-after": str(error.retry_after)})
 
-    @app.exception_handler(WorkerLost)
-    @app.exception_handler(PhotoFailed)
-    async def lost(_: Request, error: RuntimeError) -> JSONResponse:
+    @app.exception_handler(ReadingFailed)
+    async def lost(_: Request, error: ReadingFailed) -> JSONResponse:
         return problem(500, "The photo could not be read; the reason is in the server's log")
 
     @app.exception_handler(ClientLeft)

@@ -5,7 +5,7 @@ from typing import Annotated
 
 from fastapi import APIRouter, File, Form, HTTPException, Request, UploadFile
 
-from ..workers.errors import PhotoRefused, PoolFull, WorkerLost
+from ..workers.errors import PhotoRefused, PoolFull, ReadingFailed
 from .answers import PROBLEMS, Batch, BatchItem
 from .departure import unless_left
 from .failures import as_problem
@@ -13,7 +13,7 @@ from .recognition import BUSY, recognise, region_of
 from .state import ServiceState
 
 router = APIRouter(tags=["recognition"], responses={**PROBLEMS, **BUSY})
-_TOLD = (PhotoRefused, PoolFull, WorkerLost, HTTPException)
+_TOLD = (PhotoRefused, PoolFull, ReadingFailed, HTTPException)
 Photos = Annotated[list[UploadFile], File(description="JPEG, PNG, BMP or TIFF photos, in order")]
 
 

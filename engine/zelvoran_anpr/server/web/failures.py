@@ -4,7 +4,7 @@ from typing import NamedTuple
 
 from starlette.exceptions import HTTPException
 
-from ..workers.errors import NotReady, PhotoRefused, PoolFull, WorkerLost
+from ..workers.errors import NotReady, PhotoRefused, PoolFull, ReadingFailed
 
 
 class Told(NamedTuple):
@@ -22,6 +22,6 @@ def as_problem(error: Exception) -> Told:
         return Told(503, str(error))
     if isinstance(error, HTTPException):
         return Told(error.status_code, str(error.detail))
-    if isinstance(error, WorkerLost):
+    if isinstance(error, ReadingFailed):
         return Told(500, "The photo could not be read")
     raise error

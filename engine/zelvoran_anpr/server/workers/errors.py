@@ -21,9 +21,13 @@ class PoolFull(Exception):
         self.retry_after = retry_after
 
 
-class WorkerLost(RuntimeError):
-    """A reading process could not start, or ended in the middle; the text is one line."""
+class ReadingFailed(RuntimeError):
+    """No fault of the photo that we know of; the text is one line for the log."""
 
 
-class PhotoFailed(RuntimeError):
-    """Reading this photo failed by a mistake of ours; the text is one line for the log."""
+class WorkerLost(ReadingFailed):
+    """A reading process could not start, or ended in the middle."""
+
+
+class PhotoFailed(ReadingFailed):
+    """Reading this photo failed by a mistake of ours; the process goes on."""
