@@ -67,11 +67,11 @@ int OutputStream::Buffer::sync() {
 
 void OutputStream::Buffer::write_out() {
   std::string text = escape_invalid(std::exchange(pending_, {}));
-  if (terminal) text = without_controls(text);
+  if (terminal_) text = without_controls(text);
   if (text.empty() || failure != 0) return;
   errno = 0;
   const bool written =
-      std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+      std::fwrite(text.data(), 1, text.size(), file_) == text.size() && std::fflush(file_) == 0;
   if (written) return;
   failure = errno != 0 ? errno : EIO;
   if (failure == EPIPE) throw OutputClosed();

@@ -32,7 +32,7 @@ class OutputStream : public std::ostream {
  private:
   class Buffer : public std::streambuf {
    public:
-    Buffer(std::FILE* target, bool is_terminal) : file(target), terminal(is_terminal) {}
+    Buffer(std::FILE* target, bool is_terminal) : file_(target), terminal_(is_terminal) {}
     int failure = 0;
 
    protected:
@@ -42,8 +42,8 @@ class OutputStream : public std::ostream {
 
    private:
     void write_out();
-    std::FILE* file;
-    bool terminal;
+    std::FILE* file_;
+    bool terminal_;
     std::string pending_;
   };
 

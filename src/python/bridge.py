@@ -13,7 +13,7 @@ from _queue import SimpleQueue
 
 GRACE = 5  # seconds that a call gets to end itself when the program has gone
 OWN_KINDS = {type(None), bool, int, float, str}
-DEEPEST, LARGEST = 8, 5000  # levels and values of a copy
+DEEPEST, LARGEST = 8, 100_000  # levels and values of a copy
 STAYS_HERE = {"$there": 0}
 
 
