@@ -7,11 +7,12 @@ import sys
 from typing import NamedTuple
 
 if sys.platform == "linux":
-    from .linux_program import process_speaks_for_this_user, speaks_for_this_user
+    from .linux_program import Lookout
 else:
-    from .other_program import process_speaks_for_this_user, speaks_for_this_user
+    from .other_program import Lookout
 
 _CREDENTIALS = struct.Struct("3i")
+_LOOKED_AT_AT_ONCE = 2
 
 
 class UnixPeer(NamedTuple):
@@ -22,10 +23,9 @@ class UnixPeer(NamedTuple):
 class Connection:
     """Made when a client connects; what is found out is kept until it leaves."""
 
-    def __init__(self, transport: asyncio.BaseTransport, turns: asyncio.Semaphore) -> None:
-        """`turns`: how many may be looked at at once, as a flood of them would take all of us."""
+    def __init__(self, transport: asyncio.BaseTransport, watch: "Watch") -> None:
         self._transport = transport
-        self._turns = turns
+        self._watch = watch
         self._private: asyncio.Future[bool] | None = None
 
     async def is_private(self) -> bool:
@@ -38,19 +38,27 @@ class Connection:
         return await asyncio.shield(self._private)
 
     async def _look(self) -> bool:
-        async with self._turns:
-            return await asyncio.to_thread(_judge, self._transport)
+        async with self._watch.turns:
+            return await asyncio.to_thread(_judge, self._watch.lookout, self._transport)
 
 
-def _judge(transport: asyncio.BaseTransport) -> bool:
+class Watch:
+    """What the connections of one server share; a flood of them must not take all of its time."""
+
+    def __init__(self) -> None:
+        self.lookout = Lookout()
+        self.turns = asyncio.Semaphore(_LOOKED_AT_AT_ONCE)
+
+
+def _judge(lookout: Lookout, transport: asyncio.BaseTransport) -> bool:
     ours: socket.socket | None = transport.get_extra_info("socket")
     if ours is not None and ours.family not in (socket.AF_INET, socket.AF_INET6):
         peer = unix_peer(ours)
-        return peer is not None and process_speaks_for_this_user(*peer)
+        return peer is not None and lookout.process_speaks_for_this_user(*peer)
     ends = transport.get_extra_info("peername"), transport.get_extra_info("sockname")
     if not all(ends):
         return False
-    return speaks_for_this_user(*((host, port) for host, port, *_ in ends))
+    return lookout.speaks_for_this_user(*((host, port) for host, port, *_ in ends))
 
 
 def unix_peer(ours) -> UnixPeer | None:

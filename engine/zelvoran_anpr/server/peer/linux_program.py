@@ -6,58 +6,82 @@ for them or that leads to them. A program without one speaks for this user alone
 """
 
 import os
+import time
+from collections import deque
 
-from .socket_tables import Socket, Tables, end
+from ..daemon.identity import process_mark
+from .socket_lookup import owner_of
+from .socket_tables import Socket, Streams, datagram_sockets, end, unix_servers
 
 _TUNNEL = "/dev/net/tun"
+_REMEMBERED = 8
+_REMEMBERED_SECONDS = 2
 
 
-def speaks_for_this_user(client: tuple[str, int], server: tuple[str, int]) -> bool:
-    """Tell whether the TCP connection's other end is a program of ours that serves nobody."""
-    ends = end(*client), end(*server)
-    if ends[0] is None or ends[1] is None:
-        return False
-    tables = Tables()
-    socket = tables.by_ends.get((ends[0], ends[1]))
-    if socket is None or socket.uid != os.geteuid():
-        return False
-    holder = _holder(socket.inode)
-    return holder is not None and _serves_nobody(tables, holder)
+class Lookout:
+    """Judges programs, and remembers for a moment which it found to serve nobody."""
+
+    def __init__(self) -> None:
+        self._recent: deque[int] = deque(maxlen=_REMEMBERED)
+        self._good: dict[int, tuple[str, float]] = {}
+
+    def speaks_for_this_user(self, client: tuple[str, int], server: tuple[str, int]) -> bool:
+        """Tell whether the TCP connection's other end is a program of ours that serves nobody."""
+        there, here = end(*client), end(*server)
+        if there is None or here is None:
+            return False
+        owner = owner_of(there, here)
+        if owner is None or owner.uid != os.geteuid():
+            return False
+        holder = _holder(owner.inode, list(self._recent))
+        if holder is None:
+            return False
+        self._recent.appendleft(holder)
+        return self._judged(holder)
+
+    def process_speaks_for_this_user(self, pid: int, uid: int) -> bool:
+        """The same of a process that the kernel named as the other end of a Unix socket."""
+        return uid == os.geteuid() and self._judged(pid)
+
+    def _judged(self, pid: int) -> bool:
+        mark, now = process_mark(pid), time.monotonic()
+        known_mark, until = self._good.get(pid, (None, 0.0))
+        if mark is not None and mark == known_mark and now < until:
+            return True
+        good = _serves_nobody(Streams(), pid)
+        self._good = {p: known for p, known in self._good.items() if known[1] > now}
+        if good and mark:
+            self._good[pid] = (mark, now + _REMEMBERED_SECONDS)
+        return good
 
 
-def process_speaks_for_this_user(pid: int, uid: int) -> bool:
-    """The same of a process that the kernel named as the other end of a Unix socket."""
-    return uid == os.geteuid() and _serves_nobody(Tables(), pid)
-
-
-def _serves_nobody(tables: Tables, pid: int) -> bool:
+def _serves_nobody(streams: Streams, pid: int) -> bool:
     held = _held(pid)
     if held is None or _network(pid) != _network(os.getpid()):
         return False
     inodes, tunnels = held
-    return _is_ours(pid) or (not tunnels and all(_is_harmless(tables, i) for i in inodes))
-
-
-def _is_harmless(tables: Tables, inode: int) -> bool:
-    if inode in tables.unix_servers:
-        return False
-    datagrams = tables.datagrams.get(inode)
-    if datagrams is not None and not datagrams.stays_here:
-        return False
-    socket = tables.tcp.get(inode)
-    if socket is None:
+    if _is_ours(pid):
         return True
+    return not (
+        tunnels
+        or any(not socket.stays_here for socket in datagram_sockets(inodes))
+        or unix_servers(inodes)
+        or any(not _is_harmless(streams, socket) for socket in streams.held(inodes))
+    )
+
+
+def _is_harmless(streams: Streams, socket: Socket) -> bool:
     if socket.listening or not socket.stays_here:
         return socket.local[0].is_loopback
-    return socket.local[1] not in tables.listening or _serves_us(tables, socket)
+    return not streams.is_listened_on(socket.local[1]) or _serves_us(streams, socket)
 
 
-def _serves_us(tables: Tables, accepted: Socket) -> bool:
+def _serves_us(streams: Streams, accepted: Socket) -> bool:
     """Tell whether this server itself, or nobody any more, is whom a program answers."""
-    caller = tables.by_ends.get((accepted.remote, accepted.local))
+    caller = streams.between(accepted.remote, accepted.local)
     if caller is None or not caller.inode:
         return True
-    holder = _holder(caller.inode)
+    holder = _holder(caller.inode, [])
     return holder is not None and _is_ours(holder)
 
 
@@ -74,9 +98,10 @@ def _parent(pid: int) -> int | None:
         return None
 
 
-def _holder(inode: int) -> int | None:
-    """Return a process of this user that holds a socket; the newest are the likeliest."""
-    for pid in sorted(map(int, filter(str.isdigit, os.listdir("/proc"))), reverse=True):
+def _holder(inode: int, likely: list[int]) -> int | None:
+    """Return a process of this user that holds a socket; the newest are likelier than others."""
+    others = sorted(map(int, filter(str.isdigit, os.listdir("/proc"))), reverse=True)
+    for pid in [*likely, *others]:
         held = _held(pid)
         if held and inode in held[0]:
             return pid

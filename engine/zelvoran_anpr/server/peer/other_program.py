@@ -7,26 +7,28 @@ import psutil
 from ..config.addresses import ip_address, is_loopback
 
 
-def speaks_for_this_user(client: tuple[str, int], server: tuple[str, int]) -> bool:
-    """Tell whether the TCP connection's other end is a program of ours that serves nobody."""
-    wanted = _end(client), _end(server)
-    own = psutil.Process().username()
-    for process in psutil.process_iter(["username"]):
-        if process.info["username"] != own:
-            continue
-        held = _connections(process)
-        if held and any((_end(c.laddr), _end(c.raddr)) == wanted for c in held):
-            return process.pid == os.getpid() or all(map(_is_harmless, held))
-    return False
+class Lookout:
+    """Judges programs; what it saw is not kept."""
 
-
-def process_speaks_for_this_user(pid: int, uid: int) -> bool:
-    """The same of a process that the kernel named as the other end of a Unix socket."""
-    try:
-        held = _connections(psutil.Process(pid))
-    except psutil.Error:
+    def speaks_for_this_user(self, client: tuple[str, int], server: tuple[str, int]) -> bool:
+        """Tell whether the TCP connection's other end is a program of ours that serves nobody."""
+        wanted = _end(client), _end(server)
+        own = psutil.Process().username()
+        for process in psutil.process_iter(["username"]):
+            if process.info["username"] != own:
+                continue
+            held = _connections(process)
+            if held and any((_end(c.laddr), _end(c.raddr)) == wanted for c in held):
+                return process.pid == os.getpid() or all(map(_is_harmless, held))
         return False
-    return held is not None and uid == os.geteuid() and all(map(_is_harmless, held))
+
+    def process_speaks_for_this_user(self, pid: int, uid: int) -> bool:
+        """The same of a process that the kernel named as the other end of a Unix socket."""
+        try:
+            held = _connections(psutil.Process(pid))
+        except psutil.Error:
+            return False
+        return held is not None and uid == os.geteuid() and all(map(_is_harmless, held))
 
 
 def _connections(process: psutil.Process) -> list | None:

@@ -7,11 +7,9 @@ from typing import Any
 import h11
 from uvicorn.protocols.http.h11_impl import H11Protocol
 
-from ..peer.connection import Connection
+from ..peer.connection import Connection, Watch
 from .crowd import Crowd
 from .half_closed import Listener
-
-_LOOKED_AT_AT_ONCE = 2
 
 
 def guarded_protocol(
@@ -22,7 +20,7 @@ def guarded_protocol(
     A request's state holds `connection`, and `crowded`: whether that is one too many.
     """
 
-    turns = asyncio.Semaphore(_LOOKED_AT_AT_ONCE)
+    watch = Watch()
 
     class GuardedProtocol(H11Protocol):
         _head_timer: asyncio.TimerHandle | None = None
@@ -32,7 +30,7 @@ def guarded_protocol(
         def connection_made(self, transport: asyncio.Transport) -> None:
             super().connection_made(transport)
             crowd.enter(self)
-            self.app_state = _StateOfRequests(self, crowd, Connection(transport, turns))
+            self.app_state = _StateOfRequests(self, crowd, Connection(transport, watch))
             self._watch_head()
 
         def data_received(self, data: bytes) -> None:
