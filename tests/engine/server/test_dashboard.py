@@ -154,7 +154,7 @@ _HELD = """
 window.asked = []; window.real = window.real ?? window.fetch;
 window.fetch = (path, options) => path !== "/api/anpr" ? window.real(path, options)
   : new Promise((resolve, reject) => {
-      window.asked.push(() => resolve(window.real(path, options)));
+      window.asked.push(() => options.signal?.aborted || resolve(window.real(path, options)));
       options.signal?.addEventListener("abort", () => reject(options.signal.reason));
     });
 """

@@ -40,7 +40,15 @@ def asked(url: str, method: str, path: str, **options) -> httpx.Response:
         return client.request(method, path, headers=headers, extensions=name, **options)
 
 
+def has_certificate(url: str) -> bool:
+    try:
+        return asked(url, "GET", "/livez").status_code == 200
+    except httpx.TransportError:  # it is still being made
+        return False
+
+
 def check_a_proxy_with_tls(url: str, server) -> None:
+    wait_until(lambda: has_certificate(url))
     assert asked(url, "GET", "/api/health").status_code == 401
     token = {"X-ZV-ANPR-Token": server.home.token(), "X-Request-ID": f"by-{url[-5:]}"}
     assert asked(url, "GET", "/api/health", headers=token).status_code == 200
