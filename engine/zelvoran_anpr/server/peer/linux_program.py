@@ -9,7 +9,6 @@ import os
 import time
 from collections import deque
 
-from ..daemon.identity import process_mark
 from .socket_lookup import owner_of
 from .socket_tables import Socket, Streams, datagram_sockets, end, unix_servers
 
@@ -23,7 +22,7 @@ class Lookout:
 
     def __init__(self) -> None:
         self._recent: deque[int] = deque(maxlen=_REMEMBERED)
-        self._good: dict[int, tuple[str, float]] = {}
+        self._good: dict[int, tuple[bytes, float]] = {}
 
     def speaks_for_this_user(self, client: tuple[str, int], server: tuple[str, int]) -> bool:
         """Tell whether the TCP connection's other end is a program of ours that serves nobody."""
@@ -36,7 +35,8 @@ class Lookout:
         holder = _holder(owner.inode, list(self._recent))
         if holder is None:
             return False
-        self._recent.appendleft(holder)
+        if holder not in self._recent:
+            self._recent.appendleft(holder)
         return self._judged(holder)
 
     def process_speaks_for_this_user(self, pid: int, uid: int) -> bool:
@@ -44,7 +44,7 @@ class Lookout:
         return uid == os.geteuid() and self._judged(pid)
 
     def _judged(self, pid: int) -> bool:
-        mark, now = process_mark(pid), time.monotonic()
+        mark, now = _started(pid), time.monotonic()
         known_mark, until = self._good.get(pid, (None, 0.0))
         if mark is not None and mark == known_mark and now < until:
             return True
@@ -91,9 +91,21 @@ def _is_ours(pid: int) -> bool:
 
 
 def _parent(pid: int) -> int | None:
+    fields = _stat(pid)
+    return int(fields[1]) if fields else None
+
+
+def _started(pid: int) -> bytes | None:
+    """Return when a process began, which tells it from a later one with the same id."""
+    fields = _stat(pid)
+    return fields[19] if fields else None
+
+
+def _stat(pid: int) -> list[bytes] | None:
+    """Return what is known of a process, from its state on."""
     try:
         with open(f"/proc/{pid}/stat", "rb") as stat:
-            return int(stat.read().rpartition(b")")[2].split()[1])
+            return stat.read().rpartition(b")")[2].split()
     except OSError:
         return None
 
