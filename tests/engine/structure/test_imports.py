@@ -22,6 +22,7 @@ ALLOWED = {
     "reading": {"region_aliases"},
     "fleet": {"_version", "atomic_file", "reading", "region_aliases"},
     "server.config": {"atomic_file", "options", "region_aliases", "mmc.serve"},
+    "server.peer": {"server.config"},
     "server.workers": {"mmc", "reading"},
     "server.web": {"_version", "atomic_file", "mmc", "region_aliases", "region_countries",
                    "server.config", "server.daemon", "server.peer", "server.workers"},
