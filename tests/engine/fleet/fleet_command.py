@@ -15,7 +15,7 @@ from zelvoran_anpr.fleet.command import main
 
 COMMAND = [sys.executable, "-m", "zelvoran_anpr.fleet"]
 SMALL = ["--detector-model", "320p_fp32"]
-LIMIT = 300  # seconds, far more than any of the tests takes on a quiet machine
+LIMIT = 900  # seconds, far more than any of the tests takes on a quiet machine
 
 
 class Done(NamedTuple):
