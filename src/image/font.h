@@ -25,7 +25,9 @@ struct TextBox {
 // The ink of a line: how much of each pixel of the box is covered, 0 to 255, rows from the top.
 struct TextMask {
   explicit TextMask(const TextBox& size)
-      : box(size), coverage(static_cast<std::size_t>(size.width() * size.height())) {}
+      : box(size),
+        coverage(static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height())) {
+  }
 
   TextBox box;
   std::vector<std::uint8_t> coverage;

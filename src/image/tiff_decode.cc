@@ -31,13 +31,12 @@ int orientation_of(const TiffFile& file) {
 // The library would scale 16 bits to 8 by value / 257, the engine takes the upper ones.
 void keep_upper_bits_of_palette(const TiffFile& file) {
   std::uint16_t* channels[3] = {};
-  const bool there =
-      TIFFGetField(file.get(), TIFFTAG_COLORMAP, channels, channels + 1, channels + 2);
+  if (TIFFGetField(file.get(), TIFFTAG_COLORMAP, channels, channels + 1, channels + 2) == 0) return;
   const std::size_t count = std::size_t{1} << file.field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE);
   for (std::uint16_t* channel : channels) {
-    for (std::size_t i = 0; there && i < count; ++i) {
-      channel[i] = static_cast<std::uint16_t>((channel[i] >> 8) * 257);
-    }
+    std::transform(channel, channel + count, channel, [](std::uint16_t value) {
+      return static_cast<std::uint16_t>((value >> 8) * 257);
+    });
   }
 }
 

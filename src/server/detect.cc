@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/files.h"
 #include "base/glob.h"
+#include "base/output_stream.h"
 #include "base/python_number.h"
 #include "base/python_text.h"
 #include "command/image_files.h"
@@ -27,7 +28,7 @@ std::vector<fs::path> expanded(const List& images, std::ostream& out) {
     }
     const auto matches = glob(word);
     paths.insert(paths.end(), matches.begin(), matches.end());
-    if (matches.empty()) out << "Warning: " << word << " not found, skipping\n";
+    if (matches.empty()) out << "Warning: " << Foreign{word} << " not found, skipping\n";
   }
   return paths;
 }
@@ -51,15 +52,16 @@ std::string plate_line(const Map& plate) {
 void print_plates(const std::string& name, const Map& answer, std::ostream& out) {
   const Value results = get(answer, "results", List());
   const Value seconds = get(answer, "processing_sec", 0);
-  const auto time = [&seconds] { return "  [" + fixed_text(seconds, 2) + "s]\n"; };
+  const auto time = [&seconds] { return "  [" + fixed_text(seconds, 2) + "s]"; };
   if (!truthy(results)) {
-    out << "  " + name + ": (no plates)" + time();
+    out << Foreign{"  " + name + ": (no plates)" + time()} << "\n";
     return;
   }
-  out << "  " + name + ": " + std::to_string(length(results)) + " plate(s)" + time();
+  out << Foreign{"  " + name + ": " + std::to_string(length(results)) + " plate(s)" + time()}
+      << "\n";
   const auto* plates = results.as<List>();
   if (!plates) throw Error("the server's plates are no list");
-  for (const Value& plate : *plates) out << plate_line(http::object_of(plate)) + "\n";
+  for (const Value& plate : *plates) out << Foreign{plate_line(http::object_of(plate))} << "\n";
 }
 
 // One run over the images: the address and the fields are the same for all of them.
@@ -76,15 +78,16 @@ class Detection {
   void detect(const fs::path& path) {
     const std::string name = path.filename().string();
     if (!has_image_extension(path)) {
-      session_.out << "Skipping " << name << ": unsupported format\n";
+      session_.out << "Skipping " << Foreign{name} << ": unsupported format\n";
       return;
     }
     try {
       upload(path, name);
     } catch (const http::UrlError& error) {
-      session_.out << "  " << name << ": Error - server not reachable (" << error.what() << ")\n";
+      session_.out << "  " << Foreign{name} << ": Error - server not reachable ("
+                   << Foreign{error.what()} << ")\n";
     } catch (const std::exception& error) {
-      session_.out << "  " << name << ": Error - " << error.what() << "\n";
+      session_.out << "  " << Foreign{name} << ": Error - " << Foreign{error.what()} << "\n";
     }
   }
 

@@ -1,3 +1,4 @@
+#include "base/output_stream.h"
 #include "base/python_number.h"
 #include "base/python_text.h"
 #include "http/server_api.h"
@@ -16,15 +17,15 @@ void print_check(const Value& check, std::ostream& out) {
 }
 
 void print_report(const Map& health, std::ostream& out) {
-  out << "Status:    " << shown(health, "status", "?") << "\n"
-      << "Version:   " << shown(health, "version", "?") << "\n"
-      << "SDK:       " << shown(health, "sdk_version", "?") << "\n"
-      << "Detector:  " << shown(health, "detector_version", "?") << "\n"
-      << "OCR:       " << shown(health, "ocr_version", "?") << "\n"
-      << "Region:    " << shown(health, "region", "?") << "\n"
-      << "Threads:   " << shown(health, "threads", "?") << "\n"
-      << "Requests:  " << shown(health, "requests_served", 0) << "\n"
-      << "Errors:    " << shown(health, "errors", 0) << "\n";
+  out << "Status:    " << Foreign{shown(health, "status", "?")} << "\n"
+      << "Version:   " << Foreign{shown(health, "version", "?")} << "\n"
+      << "SDK:       " << Foreign{shown(health, "sdk_version", "?")} << "\n"
+      << "Detector:  " << Foreign{shown(health, "detector_version", "?")} << "\n"
+      << "OCR:       " << Foreign{shown(health, "ocr_version", "?")} << "\n"
+      << "Region:    " << Foreign{shown(health, "region", "?")} << "\n"
+      << "Threads:   " << Foreign{shown(health, "threads", "?")} << "\n"
+      << "Requests:  " << Foreign{shown(health, "requests_served", 0)} << "\n"
+      << "Errors:    " << Foreign{shown(health, "errors", 0)} << "\n";
   const std::string uptime = uptime_text(get(health, "uptime", 0));
   out << "Uptime:    " << uptime << "\n";
   print_check(get(health, "health_check", Map()), out);
@@ -38,7 +39,7 @@ void cmd_server_health(const Args& args, Session& session) {
         http::_server_api(session.engine, {.url = base + "/api/health?detailed=true"});
     print_report(http::object_of(answer), session.out);
   } catch (const std::exception& error) {
-    session.out << unreachable(base, error) << "\n";
+    session.out << Foreign{unreachable(base, error)} << "\n";
   }
 }
 

@@ -1,3 +1,4 @@
+#include "base/output_stream.h"
 #include "base/python_text.h"
 #include "http/server_api.h"
 #include "server/answer.h"
@@ -9,7 +10,7 @@ namespace {
 void print_report(const Map& mmc, std::ostream& out) {
   const bool available = truthy(get(mmc, "available"));
   out << "MMC:       " << (available ? "Available" : "Unavailable") << "\n"
-      << "Usage:     " << quota_text(mmc, " (") << "\n";
+      << "Usage:     " << Foreign{quota_text(mmc, " (")} << "\n";
   if (available) {
     out << "Detect:    zv-anpr server detect car.jpg --mmc\n";
   } else {
@@ -23,7 +24,7 @@ void cmd_server_mmc(const Args& args, Session& session) {
     const Value answer = http::_server_api(session.engine, {.url = base + "/api/mmc/status"});
     print_report(http::object_of(answer), session.out);
   } catch (const std::exception& error) {
-    session.out << unreachable(base, error) << "\n";
+    session.out << Foreign{unreachable(base, error)} << "\n";
   }
 }
 

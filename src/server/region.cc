@@ -1,4 +1,5 @@
 #include "base/error.h"
+#include "base/output_stream.h"
 #include "base/python_text.h"
 #include "base/value.h"
 #include "http/server_api.h"
@@ -17,20 +18,20 @@ void change(const std::string& base, const std::string& name, Session& session) 
       session.engine, {.url = base + "/api/region", .method = "PUT", .data = {{"region", name}}});
   const Map& verdict = http::object_of(answer);
   if (truthy(get(verdict, "success"))) {
-    session.out << "Region changed: " << shown(verdict, "previous_region") << " → "
-                << shown(verdict, "current_region") << "\n";
+    session.out << "Region changed: " << Foreign{shown(verdict, "previous_region")} << " → "
+                << Foreign{shown(verdict, "current_region")} << "\n";
   } else {
-    session.out << "Failed: " << plain_text(answer) << "\n";
+    session.out << "Failed: " << Foreign{plain_text(answer)} << "\n";
   }
 }
 
 void print_current(const std::string& base, Session& session) {
   const Value answer = http::_server_api(session.engine, {.url = base + "/api/region"});
   const Map& region = http::object_of(answer);
-  session.out << "Region:    " << shown(region, "default_region", "?") << "\n";
+  session.out << "Region:    " << Foreign{shown(region, "default_region", "?")} << "\n";
   const Value active = get(region, "active_region");
   if (truthy(active) && !equal(active, get(region, "default_region"))) {
-    session.out << "Active:    " << plain_text(active) << "\n";
+    session.out << "Active:    " << Foreign{plain_text(active)} << "\n";
   }
 }
 
@@ -47,7 +48,7 @@ std::string offered_regions(const std::string& base, Engine& engine) {
 void print_available(const std::string& base, Session& session) {
   try {
     const std::string regions = offered_regions(base, session.engine);
-    if (!regions.empty()) session.out << "Available: " << regions << "\n";
+    if (!regions.empty()) session.out << "Available: " << Foreign{regions} << "\n";
   } catch (const std::exception&) {
     session.out << "Available: " << KNOWN_REGIONS << "\n";
   }
@@ -62,9 +63,9 @@ void cmd_server_region(const Args& args, Session& session) {
     print_available(base, session);
   } catch (const std::exception& error) {
     if (name.empty()) {
-      session.out << unreachable(base, error) << "\n";
+      session.out << Foreign{unreachable(base, error)} << "\n";
     } else {
-      session.out << "Error: " << error.what() << "\n";
+      session.out << "Error: " << Foreign{error.what()} << "\n";
     }
   }
 }

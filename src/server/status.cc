@@ -1,5 +1,6 @@
 #include <optional>
 
+#include "base/output_stream.h"
 #include "base/python_number.h"
 #include "base/python_text.h"
 #include "base/value.h"
@@ -33,14 +34,14 @@ void print_check(const Value& check, std::ostream& out) {
 }
 
 void print_details(const Map& health, std::ostream& out) {
-  out << "  Version:  " << shown(health, "version", "?") << "\n"
-      << "  Detector: " << shown(health, "detector_version", "?") << " ("
-      << shown(health, "sdk_version", "?") << ")\n"
-      << "  OCR:      " << shown(health, "ocr_version", "?") << "\n"
-      << "  Region:   " << shown(health, "region", "?") << "\n"
-      << "  Threads:  " << shown(health, "threads", "?") << "\n"
-      << "  Requests: " << shown(health, "requests_served", 0) << "\n"
-      << "  Errors:   " << shown(health, "errors", 0) << "\n";
+  out << "  Version:  " << Foreign{shown(health, "version", "?")} << "\n"
+      << "  Detector: " << Foreign{shown(health, "detector_version", "?")} << " ("
+      << Foreign{shown(health, "sdk_version", "?")} << ")\n"
+      << "  OCR:      " << Foreign{shown(health, "ocr_version", "?")} << "\n"
+      << "  Region:   " << Foreign{shown(health, "region", "?")} << "\n"
+      << "  Threads:  " << Foreign{shown(health, "threads", "?")} << "\n"
+      << "  Requests: " << Foreign{shown(health, "requests_served", 0)} << "\n"
+      << "  Errors:   " << Foreign{shown(health, "errors", 0)} << "\n";
   const std::string uptime = uptime_text(get(health, "uptime", 0));
   out << "  Uptime:   " << uptime << "\n";
   print_check(get(health, "health_check", Map()), out);
@@ -83,7 +84,7 @@ void compare_versions(const Value& running, Session& session) {
   const Value installed = daemon(session, "get_installed_version").call();
   if (equal(running, "?") || equal(running, "unknown") || equal(running, installed)) return;
   session.out << "  WARNING: Version mismatch!\n"
-              << "    Running server:    " << plain_text(running) << "\n"
+              << "    Running server:    " << Foreign{plain_text(running)} << "\n"
               << "    Installed package: " << plain_text(installed) << "\n"
               << "    Run: zv-anpr server upgrade\n";
 }

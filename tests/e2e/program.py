@@ -1,7 +1,9 @@
 """The real executable as the end-to-end tests run it, driven by a scripted engine package."""
 
+import contextlib
 import json
 import os
+import pty
 import subprocess
 import sys
 from dataclasses import dataclass
@@ -124,6 +126,19 @@ class Program:
         process = self.popen(*words, env=env, stdin=subprocess.PIPE, **options)
         out, err = process.communicate(stdin.encode(), timeout=120)
         return Result(process.returncode, (out or b"").decode(), (err or b"").decode())
+
+    def on_terminal(self, *words: str) -> str:
+        """What a run that ends well shows when output and errors go to a terminal."""
+        screen, program = pty.openpty()
+        process = self.popen(*words, stdout=program, stderr=program)
+        os.close(program)
+        shown = b""
+        with contextlib.suppress(OSError):  # the other side is closed
+            while chunk := os.read(screen, 1 << 16):
+                shown += chunk
+        os.close(screen)
+        assert process.wait(timeout=120) == 0
+        return shown.decode().replace("\r\n", "\n")
 
     def calls(self) -> list:
         if not self.calls_file.exists():

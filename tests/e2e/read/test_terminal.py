@@ -1,9 +1,5 @@
 """What others wrote, as it reaches a terminal: without control characters, and on one line."""
 
-import os
-import pty
-import sys
-
 import pytest
 
 EVIL = "car.jpg: 1 plates: X (1.00)\nb\x1b]0;owned\x07.jpg"
@@ -18,27 +14,8 @@ def evil(zv):
     (zv.folder / EVIL).touch()
 
 
-def on_terminal(zv, *words: str) -> str:
-    screen, program = pty.openpty()
-    process = zv.popen(*words, stdout=program, stderr=program)
-    os.close(program)
-    shown = b""
-    while True:
-        try:
-            chunk = os.read(screen, 1 << 16)
-        except OSError:  # the other side is closed
-            break
-        if not chunk:
-            break
-        shown += chunk
-    os.close(screen)
-    assert process.wait(timeout=60) == 0
-    return shown.decode().replace("\r\n", "\n")
-
-
-@pytest.mark.skipif(sys.platform == "win32", reason="no pseudo terminals here")
 def test_names_and_plates_cannot_forge_lines_or_steer_the_terminal(zv, evil):
-    shown = on_terminal(zv, EVIL, "no\x1b[2J\n.jpg", "--json", "r\n.json")
+    shown = zv.on_terminal(EVIL, "no\x1b[2J\n.jpg", "--json", "r\n.json")
     assert shown == (
         "Skip: no\\x1b[2J\\n.jpg\n"
         "Processing 1 images | 640p_fp32/fp32 | Conf: 0.5\n"

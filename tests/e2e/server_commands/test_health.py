@@ -177,3 +177,10 @@ def test_mmc_values_are_rendered_plainly(ask, server):
         "MMC:       Unavailable\nUsage:     None/5.0 today (many remaining)\n"
         "Note:      MMC requires internet. Restart server when online.\n"
     )
+
+
+def test_an_answer_cannot_forge_lines_or_steer_the_terminal(zv, health, server):
+    forged = {**FULL, "status": "ok\nVersion:   9\x1b[2J"}
+    assert health(forged).startswith("Status:    ok\nVersion:   9\x1b[2J\nVersion:   3.2.1\n")
+    shown = zv.on_terminal("server", "health", "--port", str(server.port))
+    assert shown.startswith("Status:    ok\\nVersion:   9\\x1b[2J\nVersion:   3.2.1\n")
