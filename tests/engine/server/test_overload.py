@@ -37,6 +37,27 @@ def test_what_does_not_fit_is_refused_and_what_waits_is_answered(home, hold):
     assert server.client().get("/api/health").json()["errors"] == 0
 
 
+def test_one_client_cannot_take_all_places(home, hold):
+    home.configure(
+        server={"trusted_proxies": ["127.0.0.1"]}, limits={"queue": 4, "client_photos": 1}
+    )
+    server = home.start(threads=1)
+    token = {"X-ZV-ANPR-Token": home.token()}
+    one = server.client(**token, **{"X-Forwarded-For": "192.0.2.1"})
+    other = server.client(**token, **{"X-Forwarded-For": "192.0.2.2"})
+    with ThreadPoolExecutor(2) as pool:
+        waiting = [pool.submit(upload, one, jpeg())]
+        wait_until(lambda: held(server) == 1)
+        refused = upload(server.client(**token, **{"X-Forwarded-For": "192.0.2.1"}), jpeg())
+        assert refused.status_code == 429
+        assert "of this address" in refused.json()["error"]
+        waiting.append(pool.submit(upload, other, jpeg()))
+        wait_until(lambda: held(server) == 2)
+        hold.let_go("read")
+        assert [answer.result().status_code for answer in waiting] == [200, 200]
+    assert upload(one, jpeg()).status_code == 200
+
+
 def test_a_photo_that_takes_too_long_is_given_up(home, hold):
     home.configure(limits={"request_seconds": 3})
     server = home.start(threads=1)
