@@ -54,9 +54,9 @@ Value ask(Request request, const std::string& token) {
   return parse_json(fetch(std::move(request)));
 }
 
-// A name between quotes in a header line, as the HTML standard has it.
+// A name as it is, except for line breaks, which a header line cannot hold: they are written as the
+// HTML standard has it.
 std::string escaped(std::string name) {
-  boost::replace_all(name, "\"", "%22");
   boost::replace_all(name, "\r", "%0D");
   boost::replace_all(name, "\n", "%0A");
   return name;

@@ -21,12 +21,10 @@ std::vector<fs::path> expanded(const List& images, std::ostream& out) {
   std::vector<fs::path> paths;
   for (const Value& image : images) {
     const std::string word = plain_text(image);
+    auto matches = glob(word);
     std::error_code ignored;
-    if (fs::exists(word, ignored)) {
-      paths.emplace_back(word);  // also a name that would do for a pattern
-      continue;
-    }
-    const auto matches = glob(word);
+    // A name that would do for a pattern and matches nothing is taken as it is.
+    if (matches.empty() && fs::exists(word, ignored)) matches.emplace_back(word);
     paths.insert(paths.end(), matches.begin(), matches.end());
     if (matches.empty()) out << "Warning: " << Foreign{word} << " not found, skipping\n";
   }

@@ -12,7 +12,7 @@ from .plate_result import ReadResult, plate_result
 from .plate_text import PlateText
 from .whole_picture import could_be_plate, frame, shown_share
 
-_LEAST_SCORE = 0.07  # plausibility, legibility and the box's confidence together: less is chance
+_LEAST_SCORE = 0.21  # plausibility, legibility and the box's confidence together: less is chance
 _READ = 1.5  # exponent of the legibility: what can be read says more than what looks like a plate
 _SAME_PLATE = 0.3  # shared part of the smaller box from which two boxes are one plate
 _SURE = 0.5  # confidence below which the picture as a whole is read as well

