@@ -52,7 +52,7 @@ def test_several_photos_come_in_one_request_each_with_its_own_answer(client):
 def test_the_stages_of_a_photo_are_timed(client):
     upload(client, jpeg())
     text = client.get("/metrics").text
-    for stage in ("waiting", "decoding", "reading"):
+    for stage in ("waiting", "decoding", "detecting", "reading"):
         assert f'anpr_stage_seconds_count{{stage="{stage}"}}' in text
 
 
