@@ -71,7 +71,7 @@ std::string _server_base_url(const Args& args) {
          (truthy(port) ? plain_text(port) : "8000");
 }
 
-Value _server_api(Engine& engine, ServerRequest request) {
+Value _server_api(Engine& engine, const ServerRequest& request) {
   const Request prepared = built(request);
   if (request.token == ServerRequest::Token::always) return ask(prepared, api_token(engine));
   try {

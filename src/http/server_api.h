@@ -39,7 +39,7 @@ struct ServerRequest {
 // Files make it a multipart POST whatever the method; else data goes as JSON with POST and PUT. The
 // local API token is asked for anew and goes along when there is one. Throws what fetch throws, and
 // JsonError.
-Value _server_api(Engine& engine, ServerRequest request);
+Value _server_api(Engine& engine, const ServerRequest& request);
 
 // Files first, then plain fields. Line breaks and quotes in names are escaped as browsers do.
 std::string multipart_body(std::string_view boundary, const Uploads& files, const Map& data);

@@ -80,8 +80,8 @@ void copy_tile(const Picture& from, const Turn& turn, Picture& to, int left, int
       const int column = turn.swapped ? y : x;
       const int row = turn.swapped ? x : y;
       const std::uint8_t* source = from.row(turn.mirror_y ? from.height - 1 - row : row);
-      pixel =
-          std::copy_n(source + 3 * (turn.mirror_x ? from.width - 1 - column : column), 3, pixel);
+      const std::ptrdiff_t place = turn.mirror_x ? from.width - 1 - column : column;
+      pixel = std::copy_n(source + 3 * place, 3, pixel);
     }
   }
 }

@@ -74,7 +74,7 @@ def photo_reader(job: Job) -> Callable[[str, bytes | Exception], list[Row]]:
     """Return what makes the rows of one photo; the engine lasts as long as the process."""
     with _BUILDING:  # or every thread would load an engine of its own
         engine = _engine(job.detector_model, job.ocr_model, job.region, job.backend)
-    import onnxruntime
+    from ..reading.quiet_runtime import onnxruntime
 
     versions = {**job.configuration(), "onnxruntime": onnxruntime.__version__}
 
