@@ -1,6 +1,7 @@
 """The server's own files after a full disk, or a kill, at any of the calls that write them."""
 
 import json
+import shutil
 
 import pytest
 from broken_disk import FULL, KILLED, faults, needs_strace
@@ -72,10 +73,11 @@ def test_a_first_token(folder, tmp_path, fault):
 
 def test_the_record_of_a_server(folder, tmp_path, fault):
     code = """
-from zelvoran_anpr.server.daemon.records import write_own_record
-write_own_record("127.0.0.1", 8000, 1, None, "1.0.0", True)
+from zelvoran_anpr.server.config.settings import load_settings
+from zelvoran_anpr.server.daemon.records import READY, OwnRecord
+OwnRecord(load_settings(None, {}), "1.0.0", True, "").write(READY)
 """
-    for _ in faults(code, fault, tmp_path, lambda: None):
+    for _ in faults(code, fault, tmp_path, lambda: shutil.rmtree(folder, ignore_errors=True)):
         for record in (folder / "run").glob("server-*.json"):
             assert json.loads(record.read_text())["port"] == 8000
         assert running_instances() == []
