@@ -59,11 +59,11 @@ def test_a_photo_held_sideways_is_read_upright(real, zv):
 def test_photos_that_are_none_cost_one_line_each(real, zv):
     data = (zv.folder / "car.jpg").read_bytes()
     (zv.folder / "empty.jpg").touch()
-    (zv.folder / "half.jpg").write_bytes(data[: len(data) // 2])
+    (zv.folder / "stub.jpg").write_bytes(data[: len(data) // 8])
     (zv.folder / "text.png").write_text("no picture")
     with open(zv.folder / "huge.bmp", "wb") as huge:
         os.truncate(huge.fileno(), 3 << 30)
-    names = ["empty.jpg", "half.jpg", "text.png", "huge.bmp"]
+    names = ["empty.jpg", "stub.jpg", "text.png", "huge.bmp"]
     status, out, err = real("read", *names, "car.jpg")
     assert status == 0
     for name in names:
@@ -72,6 +72,15 @@ def test_photos_that_are_none_cost_one_line_each(real, zv):
     assert f"car.jpg: 1 plates: {PLATE} (" in out
     assert out.endswith("Total: 1 plates from 5 images\n")
     assert "Traceback" not in out + err
+
+
+def test_a_photo_that_is_cut_off_is_read_as_far_as_it_goes(real, zv):
+    data = (zv.folder / "car.jpg").read_bytes()
+    (zv.folder / "cut.jpg").write_bytes(data[: 9 * len(data) // 10])
+    status, out, err = real("read", "cut.jpg")
+    assert status == 0
+    assert f"cut.jpg: 1 plates: {PLATE} (" in out
+    assert err.startswith("The photo is cut off, ") and err.count("\n") == 1
 
 
 @pytest.mark.parametrize(

@@ -224,7 +224,8 @@ def test_modules_of_the_folder_the_user_stands_in_are_not_judged(runtime):
 def test_a_second_run_in_the_same_environment_is_refused(runtime, eventually):
     """Until the first one ends, however it ends."""
     runtime.offer(CPU)
-    (runtime.site / "sitecustomize.py").write_text((FOLDER / "stall.py").read_text())
+    hook = runtime.zv.engine_folder / "sitecustomize.py"
+    hook.write_text((FOLDER / "stall.py").read_text())
     reached = runtime.zv.folder / "reached"
     stall = {"words": "pip install", "event": None, "path": "", "reached": str(reached)}
     env = runtime.variables(ZV_TEST_STALL=json.dumps(stall))
@@ -237,6 +238,6 @@ def test_a_second_run_in_the_same_environment_is_refused(runtime, eventually):
     )
     os.killpg(first.pid, signal.SIGKILL)
     first.communicate()
-    (runtime.site / "sitecustomize.py").unlink()
+    hook.unlink()
     status, out, _ = runtime.zv("gpu-setup", "cpu", env=runtime.variables())
     assert (status, out.endswith(CPU_WORKS)) == (0, True)

@@ -61,13 +61,17 @@ class Service:
 
     def run(self, listeners: list[socket.socket]) -> None:
         """Serve until stopped. Ctrl+C ends it gracefully and then raises KeyboardInterrupt."""
-        asyncio.run(self._server.serve(sockets=listeners))
-        _log.info("stopped")
+        try:
+            asyncio.run(self._server.serve(sockets=listeners))
+        finally:
+            _log.info("stopped")
 
     def run_prepared(self, take_port: TakePort) -> None:
         """Load first, then serve on the port that `take_port`, which may take long, returns."""
-        asyncio.run(self._prepared(take_port))
-        _log.info("stopped")
+        try:
+            asyncio.run(self._prepared(take_port))
+        finally:
+            _log.info("stopped")
 
     async def _prepared(self, take_port: TakePort) -> None:
         try:
