@@ -91,7 +91,9 @@ def held_server(directory):
     hold = Hold(directory)
     hook = directory / "sitecustomize.py"
     body = textwrap.indent(hook.read_text(), "    ")
-    hook.write_text(f"import sys\nif 'zelvoran_anpr.server.workers.worker' in sys.orig_argv:\n{body}")
+    hook.write_text(
+        f"import sys\nif 'zelvoran_anpr.server.workers.worker' in sys.orig_argv:\n{body}"
+    )
     return hold
 
 
