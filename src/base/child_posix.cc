@@ -18,9 +18,10 @@ struct PipeEnd {
   std::string data;  // received, or still to be written
   bool ended = false;
 
-  bool waits() const { return end.open() && (kind == Child::Stream::read || !data.empty()); }
+  // A pipe with nothing to send is watched as well: the other side may close it.
   pollfd watch() const {
-    const int events = kind == Child::Stream::read ? POLLIN : POLLOUT;
+    const int sent = data.empty() ? 0 : POLLOUT;
+    const int events = kind == Child::Stream::read ? POLLIN : sent;
     return {end.number(), static_cast<std::int16_t>(events), 0};
   }
 
@@ -79,7 +80,7 @@ struct Child::State {
     std::vector<pollfd> watched;
     std::vector<PipeEnd*> waiting;
     for (PipeEnd& end : ends) {
-      if (!end.waits()) continue;
+      if (!end.end.open()) continue;
       watched.push_back(end.watch());
       waiting.push_back(&end);
     }

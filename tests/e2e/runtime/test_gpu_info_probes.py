@@ -1,5 +1,6 @@
 """gpu-info where modules break, print, hang or stand beside each other."""
 
+import os
 import sys
 import time
 
@@ -128,6 +129,9 @@ def test_ctrl_c_ends_it(environment):
     assert err == b""
 
 
+@pytest.mark.skipif(
+    "asan" in os.environ.get("ZV_ANPR_EXE", ""), reason="sanitizers need descriptors of their own"
+)
 def test_what_could_not_be_asked_is_no_answer(zv):
     """The engine takes the descriptors of the program away, so that it can start no probe."""
     zv.engine_file(

@@ -69,6 +69,13 @@ TEST(Child, InheritsNoneOfOurPipes) {
   EXPECT_EQ(open_in_child(), before);
 }
 
+TEST(Child, NoticesThatAPipeWithNothingToSendIsClosed) {
+  Child child(shell("exec 3<&-; exec sleep 60"), {ignore, ignore, inherit, write});
+  EXPECT_TRUE(child.run_until([&] { return child.ended(3); }, 20s));
+  EXPECT_FALSE(child.exit().has_value());
+  child.kill();
+}
+
 TEST(Child, IgnoresTheInterruptsThatWeIgnore) {
   const auto before = std::signal(SIGINT, SIG_IGN);
   const Completed done = run_captured(shell("kill -INT $$; echo went on"));
