@@ -3,9 +3,9 @@
 Usage: python bench/robustness.py PHOTOS [--detector-model NAME] [--ocr-model NAME]
        [--region REGION] [--sets eu,us] [--changes half,crop20]
 
-PHOTOS is a folder as bench/accuracy.py takes it. A plate counts as read when a result whose middle
-lies in its box has its text, O=0 and I=1 folded. Prints a Markdown table: a row for each change, a
-column for each set.
+PHOTOS is a folder as bench/accuracy.py takes it, with boxes. A plate counts as read when a result
+whose middle lies in its box has its text, O=0 and I=1 folded. Prints a Markdown table: a row for
+each change, a column for each set.
 """
 
 import argparse

@@ -6,17 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/overloaded.h"
 #include "base/unicode.h"
 
 namespace zv {
 namespace {
-
-template <class... Ts>
-struct Overloaded : Ts... {
-  using Ts::operator()...;
-};
-template <class... Ts>
-Overloaded(Ts...) -> Overloaded<Ts...>;
 
 struct Range {
   std::uint32_t first, last;

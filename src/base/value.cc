@@ -2,18 +2,12 @@
 
 #include <algorithm>
 
+#include "base/overloaded.h"
 #include "base/python_number.h"
 #include "base/python_text.h"
 
 namespace zv {
 namespace {
-
-template <class... Ts>
-struct Overloaded : Ts... {
-  using Ts::operator()...;
-};
-template <class... Ts>
-Overloaded(Ts...) -> Overloaded<Ts...>;
 
 bool number(const Value& value) {
   return value.as<bool>() || value.as<std::int64_t>() || value.as<double>() ||
