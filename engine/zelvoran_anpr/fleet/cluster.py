@@ -1,8 +1,10 @@
 """Dask: processes on this machine, or a scheduler that somebody started."""
 
 import logging
+import signal
 from collections.abc import Iterator
 from contextlib import contextmanager
+from multiprocessing import resource_tracker
 
 import dask
 import distributed
@@ -51,16 +53,38 @@ def _client(scheduler: str | None, workers: int | None):
 def _local(workers: int) -> Iterator[distributed.Client]:
     with (
         dask.config.set(_LOCAL),
-        distributed.LocalCluster(
+        _local_cluster(workers) as cluster,
+        distributed.Client(cluster) as client,
+    ):
+        yield client
+
+
+def _local_cluster(workers: int) -> distributed.LocalCluster:
+    with _deaf_to_ctrl_c():
+        return distributed.LocalCluster(
             n_workers=workers,
             threads_per_worker=1,
             host="127.0.0.1",
             dashboard_address="127.0.0.1:0" if _has_dashboard() else None,
             silence_logs=logging.CRITICAL,
-        ) as cluster,
-        distributed.Client(cluster) as client,
-    ):
-        yield client
+        )
+
+
+@contextmanager
+def _deaf_to_ctrl_c() -> Iterator[None]:
+    """Block SIGINT for the threads and processes that begin here: it is for this one to end them.
+
+    A Ctrl+C that comes meanwhile is kept until the block ends.
+    """
+    if not hasattr(signal, "pthread_sigmask"):
+        yield
+        return
+    resource_tracker.ensure_running()  # would unblock it when it starts
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
 def _has_dashboard() -> bool:

@@ -1,21 +1,16 @@
 """Several reading processes before a queue that refuses what it cannot take."""
 
 import asyncio
-import logging
 import os
 import time
 from collections import deque
 from typing import Any
 
 from .backlog import Backlog
-from .errors import NotReady, WorkerLost
+from .crew import Crew
+from .errors import NotReady
 from .frames import Frame
-from .memory_grants import MemoryGrants
-from .process import WorkerProcess, start_worker
-
-_log = logging.getLogger("zelvoran_anpr.server")
-_LONGEST_PAUSE = 30.0
-_CLOSE_SECONDS = 5
+from .process import WorkerProcess
 
 
 class ReaderPool:
@@ -31,17 +26,13 @@ class ReaderPool:
         self.threads = threads
         self.ready = False
         """Whether the models were warm once."""
-        self._options = options
+        self._crew = Crew(options, self._freed)
         self._backlog = Backlog(threads, queue)
         self._most_seconds = most_seconds
-        self._grants = MemoryGrants(options["most_bytes"])
-        self._workers: set[WorkerProcess] = set()
         self._idle: deque[WorkerProcess] = deque()
         self._waiting: deque[asyncio.Future[WorkerProcess]] = deque()
-        self._starting = 0
-        self._tasks: set[asyncio.Task] = set()
+        self._jobs: set[asyncio.Task] = set()
         self._free_at = time.monotonic()
-        self._closed = False
 
     @property
     def held(self) -> int:
@@ -55,7 +46,7 @@ class ReaderPool:
 
     @property
     def pids(self) -> list[int]:
-        return [worker.pid for worker in list(self._workers)]
+        return self._crew.pids
 
     def check_room(self, seconds: float) -> None:
         """Raise PoolFull when a photo would be refused now."""
@@ -68,14 +59,10 @@ class ReaderPool:
 
     async def start(self) -> None:
         """Return when one process is warm; the others follow. Raises WorkerLost with one line."""
-        self._starting += 1
-        try:
-            self._freed(await self._started())
-        finally:
-            self._starting -= 1
+        await self._crew.start_first()
         self.ready = True
         for _ in range(min(self.threads, os.cpu_count() or 1) - 1):
-            self._start_another()
+            self._crew.start_another()
 
     async def read(self, photo: bytes, region: str, crops: bool, seconds: float) -> Frame:
         """Return what `WorkerProcess.read` does.
@@ -88,7 +75,8 @@ class ReaderPool:
         self.check_room(seconds)
         self._backlog.held += 1
         place: list[WorkerProcess] = []
-        job = self._spawned(self._job(place, photo, region, crops))
+        job = asyncio.ensure_future(self._job(place, photo, region, crops))
+        self._jobs.add(job)
         job.add_done_callback(self._done)
         try:
             return await asyncio.wait_for(asyncio.shield(job), seconds)
@@ -99,14 +87,9 @@ class ReaderPool:
 
     async def close(self) -> None:
         """Kill all processes and return when they have ended."""
-        self._closed = True
-        for task in self._tasks:
-            task.cancel()
-        for worker in self._workers:
-            worker.kill()
-        ends = [asyncio.ensure_future(worker.ended()) for worker in self._workers]
-        if ends:
-            await asyncio.wait(ends, timeout=_CLOSE_SECONDS)
+        for job in self._jobs:
+            job.cancel()
+        await self._crew.close()
 
     async def _job(
         self, place: list[WorkerProcess], photo: bytes, region: str, crops: bool
@@ -125,7 +108,7 @@ class ReaderPool:
             if worker.in_step:
                 self._freed(worker)
             else:
-                self._replace(worker, str(error) or "a photo kept it busy for too long")
+                self._crew.replace(worker, str(error) or "a photo kept it busy for too long")
             raise
         self._backlog.took(time.monotonic() - begun)
         self._freed(worker)
@@ -136,9 +119,9 @@ class ReaderPool:
             worker = self._idle.pop()  # the one used last: the others may stay swapped out
             if worker.running:
                 return worker
-            self._replace(worker, "it ended between two photos")
-        if len(self._workers) + self._starting < self.threads:
-            self._start_another()
+            self._crew.replace(worker, "it ended between two photos")
+        if len(self._crew) < self.threads:
+            self._crew.start_another()
         turn: asyncio.Future[WorkerProcess] = asyncio.get_running_loop().create_future()
         self._waiting.append(turn)
         try:
@@ -157,45 +140,9 @@ class ReaderPool:
                 return
         self._idle.append(worker)
 
-    def _replace(self, worker: WorkerProcess, reason: str) -> None:
-        _log.warning("the reading process %d is replaced: %s", worker.pid, reason)
-        worker.kill()
-        self._workers.discard(worker)
-        self._spawned(worker.ended())
-        self._start_another()
-
-    def _start_another(self) -> None:
-        if not self._closed:
-            self._starting += 1
-            self._spawned(self._start_until_it_works())
-
-    async def _start_until_it_works(self) -> None:
-        pause = 1.0
-        try:
-            while True:
-                try:
-                    self._freed(await self._started())
-                    return
-                except (WorkerLost, OSError) as error:
-                    _log.error("a reading process did not start: %s", error)
-                await asyncio.sleep(pause)
-                pause = min(2 * pause, _LONGEST_PAUSE)
-        finally:
-            self._starting -= 1
-
-    async def _started(self) -> WorkerProcess:
-        worker = await start_worker(self._options, self._grants)
-        self._workers.add(worker)
-        return worker
-
-    def _spawned(self, work: Any) -> asyncio.Task:
-        task = asyncio.ensure_future(work)
-        self._tasks.add(task)
-        task.add_done_callback(self._tasks.discard)
-        return task
-
     def _done(self, job: asyncio.Task) -> None:
         # What runs on without its client still holds its place.
+        self._jobs.discard(job)
         self._backlog.held -= 1
         if not job.cancelled():
             job.exception()  # was told to whoever still waited

@@ -125,6 +125,7 @@ async def start_worker(options: dict[str, Any], grants: MemoryGrants) -> WorkerP
         await asyncio.wait_for(worker.begin(options), _START_SECONDS)
     except BaseException as error:
         worker.kill()
+        await worker.ended()
         if isinstance(error, asyncio.TimeoutError):
             raise WorkerLost(f"the models were not loaded within {_START_SECONDS} s") from None
         raise
