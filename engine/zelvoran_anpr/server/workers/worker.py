@@ -13,7 +13,7 @@ from typing import Any, BinaryIO
 
 from .errors import PhotoRefused
 from .frames import read_frame, write_frame
-from .own_limits import end_with_server, ignore_signals, limit_memory
+from .own_limits import end_with_server, ignore_signals, keep_freed_memory, limit_memory
 
 _LEEWAY = 1.5
 """What a photo asks for is an estimate; the limit is for those that take far more."""
@@ -21,6 +21,7 @@ _LEEWAY = 1.5
 
 def main() -> int:
     ignore_signals()
+    keep_freed_memory()
     requests, answers = sys.stdin.buffer, _own_answers()
     first = read_frame(requests)
     if first is None:
