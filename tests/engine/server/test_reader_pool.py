@@ -3,7 +3,6 @@
 import asyncio
 
 import psutil
-
 from zelvoran_anpr.server.workers.pool import ReaderPool
 
 OPTIONS = {
