@@ -11,6 +11,7 @@ from typing import Any
 
 from .. import reading
 from .._version import __version__
+from ..reading.kept_memory import keep_freed_memory
 from . import addresses, fetching
 from .errors import FleetError, one_line
 from .job import Job
@@ -47,6 +48,7 @@ def wrong_version(worker: str, its: str | None, ours: str) -> str:
 
 @lru_cache(maxsize=1)
 def _engine(detector_model: str, ocr_model: str, region: str, backend: str) -> tuple:
+    keep_freed_memory()
     with _one_core():
         detector = reading.zv_anpr_detector_v17(detector_model, backend=backend)
         return detector, reading.zv_anpr_ocr_v17(ocr_model, region, backend=backend)

@@ -6,9 +6,6 @@ import signal
 import sys
 
 _PR_SET_PDEATHSIG = 1
-_M_TRIM_THRESHOLD, _M_MMAP_THRESHOLD = -1, -3
-_KEPT_BYTES = 64 << 20
-_LARGEST_MMAP_THRESHOLD = 32 << 20  # the C library refuses more
 
 
 def end_with_server(server: int) -> None:
@@ -25,17 +22,6 @@ def ignore_signals() -> None:
     for name in ("SIGINT", "SIGTERM", "SIGHUP"):
         if hasattr(signal, name):
             signal.signal(getattr(signal, name), signal.SIG_IGN)
-
-
-def keep_freed_memory() -> None:
-    """Let the C library keep what an ordinary photo took: the next one takes the same.
-
-    Given back and fetched anew page by page it is a tenth of a photo's time.
-    """
-    mallopt = getattr(ctypes.CDLL(None), "mallopt", None) if sys.platform == "linux" else None
-    if mallopt:
-        mallopt(_M_MMAP_THRESHOLD, _LARGEST_MMAP_THRESHOLD)
-        mallopt(_M_TRIM_THRESHOLD, _KEPT_BYTES)
 
 
 def limit_memory(more: int) -> None:

@@ -11,9 +11,10 @@ import sys
 import traceback
 from typing import Any, BinaryIO
 
+from ...reading.kept_memory import keep_freed_memory
 from .errors import PhotoRefused
 from .frames import read_frame, write_frame
-from .own_limits import end_with_server, ignore_signals, keep_freed_memory, limit_memory
+from .own_limits import end_with_server, ignore_signals, limit_memory
 
 _LEEWAY = 1.5
 """What a photo asks for is an estimate; the limit is for those that take far more."""
