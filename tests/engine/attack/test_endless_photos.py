@@ -33,10 +33,20 @@ def workers(server) -> list[psutil.Process]:
 @pytest.fixture
 def held_server(home, tmp_path):
     """A server whose readers hang in every photo, for three seconds at most."""
+    return held(home, tmp_path, seconds=3)
+
+
+@pytest.fixture
+def patient_server(home, tmp_path):
+    """A server whose readers hang in every photo, for as long as the test may take."""
+    return held(home, tmp_path, seconds=600)
+
+
+def held(home, tmp_path, seconds: int):
     hold = Hold(tmp_path / "hold")
     hold.let_go("load")
     hold.add_to(home.environment)
-    home.configure(limits={"request_seconds": 3, "stop_seconds": 2})
+    home.configure(limits={"request_seconds": seconds, "stop_seconds": 2})
     made = home.start(threads=2)
     made.hold = hold
     return made
@@ -74,51 +84,50 @@ def test_photos_that_never_end_are_given_up_and_readiness_tells(held_server):
     assert "is replaced" in held_server.home.log()
 
 
-def test_stop_ends_in_the_middle_of_photos_that_never_end(held_server):
-    held_server.home.configure(limits={"request_seconds": 600, "stop_seconds": 2})
+def test_stop_ends_in_the_middle_of_photos_that_never_end(patient_server):
     with ThreadPoolExecutor(2) as pool:
-        answers = [pool.submit(upload, held_server.client(), jpeg()) for _ in range(2)]
-        wait_until(lambda: 'pool="reader"} 2.0' in held_server.client().get("/metrics").text)
-        children = [worker.pid for worker in workers(held_server)]
-        done = held_server.home.call("stop_server")
+        answers = [pool.submit(upload, patient_server.client(), jpeg()) for _ in range(2)]
+        wait_until(lambda: 'pool="reader"} 2.0' in patient_server.client().get("/metrics").text)
+        children = [worker.pid for worker in workers(patient_server)]
+        done = patient_server.home.call("stop_server")
         assert done.returncode == 0, done.stderr
         for answer in answers:
             answer.exception()  # cut off, or told
-    assert not held_server.alive()
+    assert not patient_server.alive()
     assert not any(alive(pid) for pid in children)
 
 
-def test_a_reader_that_dies_costs_one_photo(held_server):
-    with ThreadPoolExecutor(1) as pool, held_server.client() as client:
-        answer = pool.submit(upload, held_server.client(), jpeg())
+def test_a_reader_that_dies_costs_one_photo(patient_server):
+    with ThreadPoolExecutor(1) as pool, patient_server.client() as client:
+        answer = pool.submit(upload, patient_server.client(), jpeg())
         wait_until(lambda: 'pool="reader"} 1.0' in client.get("/metrics").text)
-        for worker in workers(held_server):
+        for worker in workers(patient_server):
             worker.kill()
         assert answer.result().status_code == 500
         assert answer.result().json()["success"] is False
-        held_server.hold.let_go("read")
+        patient_server.hold.let_go("read")
         wait_until(lambda: upload(client, jpeg()).status_code == 200)
 
 
-def test_readers_end_with_a_server_that_is_killed(held_server):
+def test_readers_end_with_a_server_that_is_killed(patient_server):
     with ThreadPoolExecutor(1) as pool:
-        pool.submit(upload, held_server.client(), jpeg()).add_done_callback(lambda f: f.exception())
-        wait_until(lambda: 'pool="reader"} 1.0' in held_server.client().get("/metrics").text)
-        children = [worker.pid for worker in workers(held_server)]
-        os.kill(held_server.pid, signal.SIGKILL)
+        pool.submit(upload, patient_server.client(), jpeg()).add_done_callback(lambda f: f.exception())
+        wait_until(lambda: 'pool="reader"} 1.0' in patient_server.client().get("/metrics").text)
+        children = [worker.pid for worker in workers(patient_server)]
+        os.kill(patient_server.pid, signal.SIGKILL)
         wait_until(lambda: not any(alive(pid) for pid in children))
 
 
-def test_a_signal_to_all_processes_still_answers_what_is_under_way(held_server):
+def test_a_signal_to_all_processes_still_answers_what_is_under_way(patient_server):
     with ThreadPoolExecutor(1) as pool:
-        answer = pool.submit(upload, held_server.client(), jpeg())
-        wait_until(lambda: 'pool="reader"} 1.0' in held_server.client().get("/metrics").text)
-        for process in [*workers(held_server), psutil.Process(held_server.pid)]:
+        answer = pool.submit(upload, patient_server.client(), jpeg())
+        wait_until(lambda: 'pool="reader"} 1.0' in patient_server.client().get("/metrics").text)
+        for process in [*workers(patient_server), psutil.Process(patient_server.pid)]:
             process.send_signal(signal.SIGTERM)
         time.sleep(0.3)
-        held_server.hold.let_go("read")
+        patient_server.hold.let_go("read")
         assert answer.result().status_code == 200
-    wait_until(lambda: not held_server.alive())
+    wait_until(lambda: not patient_server.alive())
 
 
 @pytest.mark.skipif(sys.version_info < (3, 11), reason="-P is newer")

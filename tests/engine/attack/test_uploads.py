@@ -67,3 +67,9 @@ def _is_told(connection) -> bool:
         return connection.recv(20).split()[1] == b"429"
     except (OSError, IndexError):
         return False
+
+
+def test_no_folder_for_temporary_files_is_needed(home):
+    home.environment["TMPDIR"] = "/proc/no/such/folder"
+    with home.start(threads=1).client() as client:
+        assert upload(client, jpeg(3000, 2000)).status_code == 200

@@ -106,6 +106,19 @@ def test_a_change_that_fails_keeps_the_backend_and_a_later_one_reads_the_new_set
     assert answer["results"][0]["mmc_make"] == "Renault"
 
 
+def test_no_client_is_told_where_files_lie(home, client, tmp_path):
+    program = tmp_path / "secret" / "llama-server"
+    program.parent.mkdir()
+    program.write_text('#!/bin/sh\necho "cannot load $0.gguf" >&2\nexit 1\n')
+    program.chmod(0o755)
+    files = dict.fromkeys(("server_bin", "llm", "mmproj"), str(program))
+    home.configure(mmc={"local": files})
+    failed = client.put("/api/mmc/backend", json={"backend": "local"}).json()
+    assert failed["success"] is False and "llama-server.gguf" in failed["error"]
+    assert "secret" not in failed["error"]
+    assert "secret" not in client.get("/api/mmc/status").text
+
+
 def test_switched_off_it_says_so_and_stays_off_until_the_configuration_says_otherwise(
     home, service, plate_photo
 ):
