@@ -111,7 +111,9 @@ def test_a_reader_that_dies_costs_one_photo(patient_server):
 
 def test_readers_end_with_a_server_that_is_killed(patient_server):
     with ThreadPoolExecutor(1) as pool:
-        pool.submit(upload, patient_server.client(), jpeg()).add_done_callback(lambda f: f.exception())
+        pool.submit(upload, patient_server.client(), jpeg()).add_done_callback(
+            lambda f: f.exception()
+        )
         wait_until(lambda: 'pool="reader"} 1.0' in patient_server.client().get("/metrics").text)
         children = [worker.pid for worker in workers(patient_server)]
         os.kill(patient_server.pid, signal.SIGKILL)
