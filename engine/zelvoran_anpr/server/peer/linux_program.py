@@ -135,10 +135,18 @@ def _held(pid: int) -> tuple[set[int], bool] | None:
         if os.stat(folder).st_uid != os.geteuid():
             return None
         for name in os.listdir(folder):
-            target = os.readlink(f"{folder}/{name}")
+            target = _open_file(f"{folder}/{name}")
             if target.startswith("socket:["):
                 inodes.add(int(target[8:-1]))
             tunnels = tunnels or target == _TUNNEL
     except OSError:
         return None
     return inodes, tunnels
+
+
+def _open_file(link: str) -> str:
+    """Return what a descriptor stands for; nothing when it was closed since it was listed."""
+    try:
+        return os.readlink(link)
+    except FileNotFoundError:
+        return ""
