@@ -19,7 +19,12 @@ install_packages() {
     ensure_proxies && ensure_localhost
 }
 
-install_wheel() { ensure_environment "$VENV" && ensure_installed "$VENV" '.[dev]'; }
+# Compiled as build_release does it, so that ccache has the same objects for both.
+install_wheel() {
+  ensure_environment "$VENV" &&
+    CC=gcc CXX=g++ SKBUILD_CMAKE_DEFINE=CMAKE_COMPILE_WARNING_AS_ERROR=ON \
+      ensure_installed "$VENV" '.[dev]'
+}
 
 run_stages() {
   stage "System packages" install_packages
