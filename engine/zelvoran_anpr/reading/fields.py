@@ -5,6 +5,8 @@ from dataclasses import dataclass
 import numpy as np
 from PIL import Image
 
+from .photo import Photo
+
 _STEP = 32  # the network's sides are multiples of it
 _GREY = 114  # what training fills the rest of a picture with
 _PART = (256, 160)  # width and height of an enlarged part
@@ -25,31 +27,28 @@ class Field:
         return points / self.scale + np.array(self.origin)
 
 
-def whole(image: np.ndarray, longest: int) -> Field:
+def whole(image: Photo | np.ndarray, longest: int) -> Field:
     """Return an H x W x 3 photo with `longest` as its longer side; what is beside it is grey."""
     height, width = image.shape[:2]
     scale = longest / max(height, width)
-    size = max(1, round(width * scale)), max(1, round(height * scale))
-    how = Image.Resampling.BILINEAR
-    small = np.asarray(Image.fromarray(image).resize(size, how, reducing_gap=2.0))
+    small = Photo.of(image).resized(max(1, round(width * scale)), max(1, round(height * scale)))
     rows, columns = (-(-side // _STEP) * _STEP for side in small.shape[:2])
     return Field(_laid(small, (columns, rows), (0, 0)), scale)
 
 
-def part(image: np.ndarray, bounds: tuple[float, float, float, float]) -> Field:
+def part(image: Photo | np.ndarray, bounds: tuple[float, float, float, float]) -> Field:
     """Return the surroundings of a plate's bounds on an H x W x 3 photo, the plate of good size."""
     left, top, right, bottom = bounds
     scale = _PLATE / max(right - left, _TALL * (bottom - top), 1)
     wide, high = (side / scale for side in _PART)
     x, y = (left + right - wide) / 2, (top + bottom - high) / 2
-    height, width = image.shape[:2]
-    first, last = (max(0, int(x)), max(0, int(y))), (min(width, x + wide), min(height, y + high))
-    end = (int(np.ceil(last[0])), int(np.ceil(last[1])))
-    cut = Image.fromarray(image[first[1] : end[1], first[0] : end[0]])
-    size = tuple(max(1, round(side * scale)) for side in cut.size)
-    place = tuple(round((a - b) * scale) for a, b in zip(first, (x, y), strict=True))
-    small = np.asarray(cut.resize(size, Image.Resampling.BILINEAR))
-    origin = tuple(a - b / scale for a, b in zip(first, place, strict=True))
+    cut = Photo.of(image).cut((x, y, x + wide, y + high))
+    if cut is None:
+        return Field(np.full((_PART[1], _PART[0], 3), _GREY, np.uint8), scale, (x, y))
+    size = tuple(max(1, round(side * scale / cut.scale)) for side in cut.picture.size)
+    place = tuple(round((a - b) * scale) for a, b in zip(cut.origin, (x, y), strict=True))
+    small = np.asarray(cut.picture.resize(size, Image.Resampling.BILINEAR))
+    origin = tuple(a - b / scale for a, b in zip(cut.origin, place, strict=True))
     return Field(_laid(small, _PART, place), scale, origin)
 
 

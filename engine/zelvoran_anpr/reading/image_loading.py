@@ -16,7 +16,8 @@ from PIL import (
 
 from .cut_off_jpeg import completed, is_jpeg
 from .errors import PhotoTooLarge, ReadError
-from .pixels import upright_rgb
+from .photo import Photo
+from .pixels import upright_picture, upright_rgb
 
 MAX_PIXELS = 150_000_000  # RGB of this size takes 450 MB
 
@@ -50,6 +51,46 @@ def load_image(source: str | os.PathLike | bytes, max_pixels: int | None = None)
         _check_size(image, name, MAX_PIXELS if max_pixels is None else max_pixels)
         pixels = _loaded(image, stream, name)
         return upright_rgb(pixels)
+
+
+def open_photo(source: str | os.PathLike | bytes, longest: int) -> Photo:
+    """Return what `load_image` would, of large JPEGs only a coarser version at first.
+
+    Its longer side has at least `longest` pixels; what a Photo needs finer it unpacks from the
+    bytes that were read here. Raises as `load_image` does.
+    """
+    name = "the photo" if isinstance(source, bytes) else _shown(source)
+    with _stream(source, name) as stream, _opened(stream, name) as image:
+        _check_size(image, name, MAX_PIXELS)
+        if is_jpeg(image) and max(image.size) >= 2 * longest:
+            stream.seek(0)
+            return _coarse(stream.read(), name, longest / max(image.size))
+        return Photo(upright_picture(_loaded(image, stream, name)))
+
+
+def _coarse(data: bytes, name: str, scale: float) -> Photo:
+    def finer(least: float) -> Image.Image:
+        return _decoded(data, name, least)[0]
+
+    picture, size = _decoded(data, name, scale)
+    return Photo(picture, size, finer)
+
+
+def _decoded(data: bytes, name: str, scale: float) -> tuple[Image.Image, tuple[int, int]]:
+    """Return a JPEG upright with at least `scale` of its pixels per side, and its own size.
+
+    The decoder leaves out what only finer pictures need, which saves most of the time.
+    """
+    with io.BytesIO(data) as stream, _opened(stream, name) as image:
+        width, height = image.size
+        image.draft(None, (int(np.ceil(width * scale)), int(np.ceil(height * scale))))
+        coarse = image.size
+        loaded = _loaded(image, stream, name)
+        picture = upright_picture(loaded)
+    turned = (picture.width > picture.height) != (loaded.width > loaded.height)
+    if loaded.size != coarse:  # what is left of a JPEG that is cut off comes in full
+        width, height = loaded.size
+    return picture, (height, width) if turned else (width, height)
 
 
 def _shown(path: str | os.PathLike) -> str:

@@ -6,6 +6,7 @@ import numpy as np
 
 from ..region_aliases import to_internal_region
 from . import quads
+from .photo import Photo
 from .plate_box import PlateBox
 from .plate_plausibility import plausibility
 from .plate_result import ReadResult, plate_result
@@ -18,6 +19,9 @@ _SAME_PLATE = 0.3  # shared part of the smaller box from which two boxes are one
 _SURE = 0.5  # confidence below which the picture as a whole is read as well
 _WHOLE = 0.92  # share of a plate's width and height on the photo from which nothing is cut
 _CUT = 0.5  # confidence that a plate of which a part is not on the photo has at most
+
+
+COARSE = 1600  # pixels of the longer side at which large photos are looked at first
 
 
 class Detector(Protocol):
@@ -35,7 +39,7 @@ class Reader(Protocol):
 
 
 def read_plates(
-    detector: Detector, ocr: Reader, image_rgb: np.ndarray, region: str | None = None
+    detector: Detector, ocr: Reader, image_rgb: Photo | np.ndarray, region: str | None = None
 ) -> ReadResult:
     """Read the plates on an H x W x 3 uint8 RGB array, the surest first.
 
@@ -50,7 +54,7 @@ def read_plates(
     return {"results": [plate_result(image_rgb, *plate) for plate in plates], "region": internal}
 
 
-def _judged(image: np.ndarray, box: PlateBox, text: PlateText, region: str) -> tuple:
+def _judged(image: Photo | np.ndarray, box: PlateBox, text: PlateText, region: str) -> tuple:
     """Return (score, box, text); a plate that is cut by the photo's edge is never sure."""
     score = plausibility(text, region) * text.legibility**_READ * box.confidence
     cut = shown_share(image, box) < _WHOLE
@@ -61,7 +65,7 @@ def _is_sure(text: PlateText) -> bool:
     return text.confidence >= _SURE
 
 
-def _read_whole(ocr: Reader, image: np.ndarray, region: str) -> list[tuple]:
+def _read_whole(ocr: Reader, image: Photo | np.ndarray, region: str) -> list[tuple]:
     """Return what the picture says when it is nothing but a plate: at most one."""
     text = ocr.read(image, frame(image, 1.0), region)
     if text.confidence < _SURE or plausibility(text, region) < 1:

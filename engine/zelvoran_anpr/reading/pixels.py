@@ -6,6 +6,16 @@ import numpy as np
 from PIL import ExifTags, Image
 
 _STRIP_PIXELS = 1 << 20
+_TURNS = {
+    2: Image.Transpose.FLIP_LEFT_RIGHT,
+    3: Image.Transpose.ROTATE_180,
+    4: Image.Transpose.FLIP_TOP_BOTTOM,
+    5: Image.Transpose.TRANSPOSE,
+    6: Image.Transpose.ROTATE_270,
+    7: Image.Transpose.TRANSVERSE,
+    8: Image.Transpose.ROTATE_90,
+}
+"""What makes pictures of EXIF's orientations upright."""
 
 
 def upright_rgb(image: Image.Image) -> np.ndarray:
@@ -18,6 +28,14 @@ def upright_rgb(image: Image.Image) -> np.ndarray:
     for top, strip in _strips(image):
         as_stored[top : top + strip.height] = _rgb(strip, scale)
     return upright
+
+
+def upright_picture(image: Image.Image) -> Image.Image:
+    """Return the same as a picture of mode RGB; without a copy where it is one already."""
+    if image.mode != "RGB":
+        return Image.fromarray(upright_rgb(image))
+    turn = _TURNS.get(_orientation(image))
+    return image.transpose(turn) if turn is not None else image
 
 
 def _orientation(image: Image.Image) -> int:

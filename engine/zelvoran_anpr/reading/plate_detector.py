@@ -9,6 +9,7 @@ import numpy as np
 from . import quads
 from .fields import Field, part, whole
 from .model_registry import find_detector, model_path
+from .photo import Photo
 from .plate_box import PlateBox
 
 _LEAST_SCORE = 0.3
@@ -18,6 +19,8 @@ _LEAST_WITNESS = 0.1  # score of a find that may still say where a plate's corne
 _SAME = 0.4  # intersection over union from which two boxes are one plate
 _SAME_CLOSER = 0.3  # the same between a find and what a closer look shows of it
 _SAME_CORNERS = 0.6  # intersection over union from which finds tell the corners together
+_SHARP = 96  # pixels that a coarse photo must have across a plate
+_LEAST_BLURRED = 0.2  # closer look's score from which a find is worth a finer photo
 _MOST = 300  # points looked at
 _MOST_CLOSER = 8  # closer looks at one photo
 _SMALL = 90  # pixels of the network's input; wider plates need no closer look
@@ -44,12 +47,13 @@ class PlateDetector:
         check_backend(backend)
         return cls(open_session(model_path(chosen.file), backend), chosen.longest)
 
-    def detect(self, image: np.ndarray) -> list[PlateBox]:
+    def detect(self, image: Photo | np.ndarray) -> list[PlateBox]:
         """Return plates on an H x W x 3 uint8 RGB array, the surest first.
 
         An overview shows plates that fill the photo, the usual look the others, and a closer look
         tells whether small ones are plates and where their corners are.
         """
+        image = Photo.of(image)
         field = whole(image, self._longest)
         rows, columns = (round(side * field.scale) for side in image.shape[:2])
         overview = whole(field.pixels[:rows, :columns], round(self._longest * _OVERVIEW))
@@ -72,16 +76,40 @@ class PlateDetector:
             for i, field in enumerate(fields)
         ]
 
-    def _settled(self, image: np.ndarray, finds: list[PlateBox], scale: float) -> list[PlateBox]:
+    def _settled(self, image: Photo, finds: list[PlateBox], scale: float) -> list[PlateBox]:
         """Return the large finds, and the small ones that a closer look does not deny."""
         small = [box for box in finds if _width(box) * scale <= _SMALL][:_MOST_CLOSER]
         sure = [b for b in finds if b.confidence >= _LEAST_SCORE and _width(b) * scale > _SMALL]
+        small = self._sharpened(image, small)
         if not small:
             return sure
         fields = [part(image, quads.bounds(box.corners)) for box in small]
         looks = self._look(fields, _LEAST_SCORE)
         settled = [settled_find(box, look) for box, look in zip(small, looks, strict=True)]
         return sure + [box for box in settled if box]
+
+    def _sharpened(self, image: Photo, small: list[PlateBox]) -> list[PlateBox]:
+        """Return the small finds of which the photo, unpacked anew if need be, shows enough.
+
+        Finds that are blurred in a coarse photo are looked at as they are, to see whether one of
+        them is worth the full picture.
+        """
+        blurred = [box for box in small if _width(box) * image.scale < _SHARP]
+        if image.scale == 1 or not blurred:
+            return small
+        fields = [part(image, quads.bounds(box.corners)) for box in blurred]
+        looks = self._look(fields, _LEAST_BLURRED)
+        worth = [b for b, look in zip(blurred, looks, strict=True) if _may_be_plate(b, look)]
+        if not worth:
+            return [box for box in small if _width(box) * image.scale >= _SHARP]
+        image.sharpen(_SHARP / min(_width(box) for box in worth))
+        return small
+
+
+def _may_be_plate(find: PlateBox, blurred: list[PlateBox]) -> bool:
+    place = quads.bounds(find.corners)
+    seen = any(quads.iou(quads.bounds(box.corners), place) >= _SAME_CLOSER for box in blurred)
+    return seen or find.confidence >= _CONFIRMED
 
 
 def settled_find(find: PlateBox, closer: list[PlateBox]) -> PlateBox | None:

@@ -10,11 +10,12 @@ import numpy as np
 
 from . import quads
 from .model_registry import find_reader, model_path
+from .photo import Cut, Photo
 from .plate_box import PlateBox
 from .plate_formats import fit_to_format
 from .plate_scripts import allowed, as_written, is_of_one_country, without_unread_upper_row
 from .plate_text import PlateText
-from .straighten import straighten
+from .straighten import MARGIN, laid_flat
 from .voting import SHORTEST, elected, text_of
 
 HEIGHT, WIDTH = 64, 192  # pixels of the network's input
@@ -44,7 +45,7 @@ class PlateReader:
         check_backend(backend)
         return cls(open_session(model_path(file), backend))
 
-    def read(self, image: np.ndarray, box: PlateBox, region: str) -> PlateText:
+    def read(self, image: Photo | np.ndarray, box: PlateBox, region: str) -> PlateText:
         """Return the plate's text without separators; empty where no plate is."""
         cells, groups = self._look(image, box, _FIRST_MARGIN)
         text = self._text(cells, region)
@@ -58,10 +59,10 @@ class PlateReader:
         told = dict(zip(self._groups, map(float, groups[0]), strict=True))
         return replace(as_written(fit_to_format(text, region), region), groups=told)
 
-    def _look(self, image: np.ndarray, box: PlateBox, *margins: tuple) -> list[np.ndarray]:
+    def _look(self, image: Photo | np.ndarray, box: PlateBox, *margins: tuple) -> list[np.ndarray]:
         """Return looks x cells x classes and looks x groups probabilities."""
-        looks = [plate_picture(image, with_margin(box.corners, *m)) for m in margins]
-        return self._session.run(["characters", "region"], {"picture": np.stack(looks)})
+        looks = plate_pictures(image, [with_margin(box.corners, *m) for m in margins])
+        return self._session.run(["characters", "region"], {"picture": looks})
 
     def _text(self, cells: np.ndarray, region: str) -> PlateText:
         possible = cells * allowed(self._characters, region)
@@ -75,12 +76,25 @@ def with_margin(corners: np.ndarray, across: float, down: float) -> np.ndarray:
     return quads.grow(corners, x, y, x, y)
 
 
-def plate_picture(image: np.ndarray, quad: np.ndarray) -> np.ndarray:
+def plate_picture(image: Photo | np.ndarray, quad: np.ndarray) -> np.ndarray:
     """Return a quad's inside as the network's input, large ones shrunk first to stay smooth."""
+    [picture] = plate_pictures(image, [quad])
+    return picture
+
+
+def plate_pictures(image: Photo | np.ndarray, looks: list[np.ndarray]) -> np.ndarray:
+    """Return the insides of several quads of one plate as the network's inputs."""
+    around = quads.bounds(np.concatenate(looks))
+    cut = _shrunk(Photo.of(image).cut(around, MARGIN), looks[0])
+    return np.stack([laid_flat(cut, quad, HEIGHT, WIDTH) for quad in looks])
+
+
+def _shrunk(cut: Cut | None, quad: np.ndarray) -> Cut | None:
+    """Return a cut with boxes of pixels averaged where a quad has several for one of the input."""
+    if cut is None:
+        return None
     width, height = quads.size(quad)
-    factor = int(min(width / WIDTH, height / HEIGHT))
+    factor = int(cut.scale * min(width / WIDTH, height / HEIGHT))
     if factor < 2:
-        return straighten(image, quad, HEIGHT, WIDTH)
-    large = straighten(image, quad, HEIGHT * factor, WIDTH * factor)
-    blocks = large.reshape(HEIGHT, factor, WIDTH, factor, 3)
-    return blocks.mean(axis=(1, 3)).round().astype(np.uint8)
+        return cut
+    return Cut(cut.picture.reduce(factor), cut.origin, cut.scale / factor)

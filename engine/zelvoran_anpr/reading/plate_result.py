@@ -5,6 +5,7 @@ from typing import TypedDict
 import numpy as np
 
 from . import quads
+from .photo import Photo
 from .plate_box import PlateBox
 from .plate_formats import countries_of
 from .plate_text import PlateText
@@ -48,7 +49,7 @@ class ReadResult(TypedDict):
     region: str
 
 
-def plate_result(image: np.ndarray, box: PlateBox, text: PlateText) -> PlateResult:
+def plate_result(image: Photo | np.ndarray, box: PlateBox, text: PlateText) -> PlateResult:
     """Return the record of a plate on an H x W x 3 image."""
     return {
         "ocr": text.text,
@@ -62,7 +63,7 @@ def plate_result(image: np.ndarray, box: PlateBox, text: PlateText) -> PlateResu
     }
 
 
-def _within(image: np.ndarray, bounds: tuple) -> list[int]:
+def _within(image: Photo | np.ndarray, bounds: tuple) -> list[int]:
     height, width = image.shape[:2]
     limits = (width, height, width, height)
     return [min(max(round(side), 0), limit) for side, limit in zip(bounds, limits, strict=True)]

@@ -3,30 +3,31 @@
 import numpy as np
 from PIL import Image
 
+from . import quads
+from .photo import Cut, Photo
 
-def straighten(image: np.ndarray, quad: np.ndarray, height: int, width: int) -> np.ndarray:
+MARGIN = 2  # pixels around a quad, for the interpolation
+
+
+def straighten(image: Photo | np.ndarray, quad: np.ndarray, height: int, width: int) -> np.ndarray:
     """Return the inside of a quad (4 x 2, reading order) as an RGB picture of the given size."""
-    left, top, right, bottom = _reach(image, quad)
-    if right - left < 1 or bottom - top < 1:
+    cut = Photo.of(image).cut(quads.bounds(quad), MARGIN)
+    return laid_flat(cut, quad, height, width)
+
+
+def laid_flat(cut: Cut | None, quad: np.ndarray, height: int, width: int) -> np.ndarray:
+    """Return the same from a cut around the quad; black where there is none."""
+    if cut is None:
         return np.zeros((height, width, 3), np.uint8)
-    part = Image.fromarray(image[top:bottom, left:right])
     target = np.array([[0, 0], [width, 0], [width, height], [0, height]], np.float64)
-    coefficients = _perspective(target, quad - [left, top])
-    picture = part.transform(
+    coefficients = _perspective(target, (quad - cut.origin) * cut.scale)
+    picture = cut.picture.transform(
         (width, height),
         Image.Transform.PERSPECTIVE,
         tuple(coefficients),
         Image.Resampling.BICUBIC,
     )
     return np.asarray(picture)
-
-
-def _reach(image: np.ndarray, quad: np.ndarray) -> tuple[int, int, int, int]:
-    """Return the pixels that the quad touches, with a margin for the interpolation."""
-    left, top = np.floor(quad.min(axis=0)).astype(int) - 2
-    right, bottom = np.ceil(quad.max(axis=0)).astype(int) + 2
-    height, width = image.shape[:2]
-    return max(0, left), max(0, top), min(width, right), min(height, bottom)
 
 
 def _perspective(target: np.ndarray, source: np.ndarray) -> np.ndarray:

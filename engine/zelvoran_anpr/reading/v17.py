@@ -60,7 +60,7 @@ def zelvoran_anpr_from_image_file(
 
     Raises ReadError (a ValueError) with one clear line when the file is not a readable photo.
     """
-    from .image_loading import load_image
-    from .pipeline import read_plates
+    from .image_loading import open_photo
+    from .pipeline import COARSE, read_plates
 
-    return read_plates(detector, ocr, load_image(path))
+    return read_plates(detector, ocr, open_photo(path, COARSE))
