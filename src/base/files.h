@@ -1,6 +1,7 @@
-// Whole files in and out, and where they lie.
+// Whole files in and out, where they lie, and folders kept from others.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -16,5 +17,22 @@ void write_file(const std::filesystem::path& path, std::string_view data);
 // Absolute, with every link followed, also one whose target is not there yet: where a file of this
 // name would be written. Throws Error or std::filesystem::filesystem_error.
 std::filesystem::path resolved(const std::filesystem::path& path);
+
+// Keeps other runs of this program out of a folder as long as this process lives.
+class FolderLock {
+ public:
+  // Does not wait. A folder that cannot be locked at all counts as ours.
+  explicit FolderLock(const std::string& folder);
+  ~FolderLock();
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+  bool ours() const { return ours_; }
+
+ private:
+  static constexpr std::intptr_t NONE = -1;
+  std::intptr_t handle_ = NONE;  // the system closes it with the process, however that ends
+  bool ours_ = true;
+};
 
 }  // namespace zv

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "base/overloaded.h"
 #include "base/unicode.h"
 
 namespace zv {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/overloaded.h"
 #include "base/python_number.h"
 #include "base/python_text.h"
 

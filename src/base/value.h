@@ -95,6 +95,14 @@ inline void Map::append(std::string key, Value value) {
   entries_.emplace_back(std::move(key), std::move(value));
 }
 
+// Several lambdas as one function object, for std::visit of a kind.
+template <class... Ts>
+struct Overloaded : Ts... {
+  using Ts::operator()...;
+};
+template <class... Ts>
+Overloaded(Ts...) -> Overloaded<Ts...>;
+
 // The value under a key, or the fallback when the value is no map or lacks the key.
 Value get(const Map& map, std::string_view key, const Value& fallback = nullptr);
 

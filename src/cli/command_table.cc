@@ -1,6 +1,5 @@
 #include "cli/command_table.h"
 
-#include "cli/version.h"
 #include "mmc/commands.h"
 #include "read/commands.h"
 #include "runtime/commands.h"

@@ -4,7 +4,6 @@
 #include "cli/command_table.h"
 #include "cli/help.h"
 #include "cli/parse.h"
-#include "cli/version.h"
 #include "python/find_interpreter.h"
 
 namespace zv::cli {

@@ -1,4 +1,4 @@
-#include "cli/version.h"
+#include "cli/command_table.h"
 
 namespace zv::cli {
 namespace {

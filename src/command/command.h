@@ -7,11 +7,34 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "command/args.h"
+#include "base/value.h"
 #include "command/engine.h"
 
 namespace zv {
+
+// The parsed command line: a flat record of named fields, the one argument of every handler.
+// A field exists when the command defines it; "absent" is a field without a value (null). Readers
+// give the default that counts when the record lacks the field altogether.
+class Args {
+ public:
+  Args() = default;
+  Args(std::initializer_list<std::pair<std::string, Value>> fields) : fields_(fields) {}
+
+  bool has(std::string_view name) const { return fields_.find(name) != nullptr; }
+  void set(const std::string& name, Value value) { fields_.set(name, std::move(value)); }
+  Value value(std::string_view name, const Value& fallback = nullptr) const;
+  // Empty when absent.
+  std::string text(std::string_view name, std::string_view fallback = {}) const;
+  bool flag(std::string_view name) const;
+  double real(std::string_view name) const;
+  // The texts of a list field; empty when absent.
+  List list(std::string_view name) const;
+
+ private:
+  Map fields_;
+};
 
 // What every handler is given beside its arguments.
 struct Session {
@@ -57,5 +80,9 @@ struct Command {
 inline constexpr Option SERVER_HOST = {.names = "--host", .help = "Server host"};
 inline constexpr Option SERVER_PORT = {
     .names = "--port", .kind = Kind::integer, .help = "Server port"};
+
+// Runs "<interpreter> -m pip <arguments>" to its end, showing the command, and its error text when
+// it fails. True when it succeeded.
+bool _pip_run(const std::vector<std::string>& pip_arguments, Session& session);
 
 }  // namespace zv

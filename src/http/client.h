@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/error.h"
-#include "base/network_failure.h"
+#include "command/texts.h"
 
 namespace zv::http {
 

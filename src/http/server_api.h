@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "command/args.h"
-#include "command/engine.h"
+#include "command/command.h"
 
 namespace zv::http {
 

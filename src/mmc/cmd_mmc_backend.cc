@@ -1,15 +1,19 @@
+#include <exception>
 #include <string>
 
 #include "base/python_text.h"
 #include "base/unicode.h"
+#include "http/server_api.h"
 #include "mmc/commands.h"
-#include "mmc/live_switch.h"
 #include "python/object.h"
 
 namespace zv::mmc {
 namespace {
 
 constexpr const char* DEFAULT_BACKEND = "cloud";
+// The server stops one recogniser and loads the other before it answers.
+constexpr std::chrono::seconds SWITCH_TIMEOUT{120};
+constexpr std::size_t SCHEME_LENGTH = 7;
 
 // The server's configuration. It stays an object of the engine's, so that whatever else it holds
 // goes back into the file as it came out.
@@ -38,6 +42,29 @@ class Configuration {
   Engine& engine_;
   python::Object all_;
 };
+
+// So that it needs no restart. Whatever fails counts as: no server runs there.
+void switch_running_server(const std::string& backend, const Args& args, Session& session) {
+  const std::string base = http::_server_base_url(args);
+  try {
+    const Value answer =
+        http::_server_api(session.engine, {.url = base + "/api/mmc/backend",
+                                           .method = "PUT",
+                                           .data = {{"backend", backend}},
+                                           .timeout = SWITCH_TIMEOUT,
+                                           .token = http::ServerRequest::Token::when_asked});
+    const Map& verdict = http::object_of(answer);
+    if (truthy(get(verdict, "success"))) {
+      session.out << "   ↻ Live server switched to '"
+                  << plain_text(get(verdict, "backend", backend)) << "' (no restart needed).\n";
+    } else {
+      session.out << "   ⚠️  Live switch reported failure; check server logs.\n";
+    }
+  } catch (const std::exception&) {
+    session.out << "   (No running server on " << base.substr(SCHEME_LENGTH)
+                << " — change applies on next `zv-anpr server start`.)\n";
+  }
+}
 
 void cmd_mmc_backend(const Args& args, Session& session) {
   Configuration configuration(session.engine);

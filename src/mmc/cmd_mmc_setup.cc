@@ -2,7 +2,6 @@
 #include <optional>
 #include <string>
 
-#include "command/pip.h"
 #include "mmc/commands.h"
 #include "python/object.h"
 

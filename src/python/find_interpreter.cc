@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "python/places.h"
+#include "base/system.h"
 
 namespace zv::python {
 namespace {

@@ -1,7 +1,7 @@
 #include "read/label_font.h"
 
 #include "base/error.h"
-#include "base/system_name.h"
+#include "base/system.h"
 
 namespace zv::read {
 

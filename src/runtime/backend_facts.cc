@@ -1,11 +1,67 @@
 #include <algorithm>
+#include <memory>
 
+#include "base/child.h"
+#include "base/interrupt.h"
+#include "base/json.h"
 #include "base/python_text.h"
+#include "base/unicode.h"
 #include "runtime/backend.h"
-#include "runtime/probes.h"
+#include "src/runtime/probes.py.inc"
 
 namespace zv::runtime {
 namespace {
+
+constexpr std::size_t ANSWERS = 3;  // apart from 1 and 2, where the modules print what they like
+
+List read_lines(const std::string& received) {
+  List answers;
+  for (const std::string& line : split_lines(received)) {
+    try {
+      answers.push_back(parse_json(line));
+    } catch (const JsonError&) {  // cut short by a crash
+      break;
+    }
+  }
+  return answers;
+}
+
+// One running probe of the environment, in an interpreter of its own; letting it go ends it.
+class Probe {
+ public:
+  // `name` is a function of probes.py: "pillow", "onnxruntime", "torch", "cuda_runtime",
+  // "tensorrt". Throws Error when it cannot be started.
+  Probe(Engine& engine, const std::string& name) {
+    using enum Child::Stream;
+    child_ = std::make_unique<Child>(
+        std::vector<std::string>{engine.python(), "-c", std::string(PROBES_SOURCE),
+                                 std::to_string(ANSWERS), name},
+        std::vector<Child::Stream>{ignore, ignore, ignore, read});
+  }
+
+  // Waits. One value per step that succeeded: fewer than the probe has mean that it failed there.
+  const List& answers() {
+    if (!child_) return answers_;
+    child_->run_until([this] { return child_->exit() && child_->ended(ANSWERS); });
+    check_interrupt();
+    answers_ = read_lines(child_->received(ANSWERS));
+    child_ = nullptr;
+    return answers_;
+  }
+
+ private:
+  std::unique_ptr<Child> child_;  // none: its answers were taken
+  List answers_;
+};
+
+// Whether there is anything to import under this name. Never fails.
+bool importable(Engine& engine, const std::string& module) {
+  try {
+    return engine.load("importlib.util", "find_spec").make({module}).truthy();
+  } catch (const std::exception&) {
+    return true;  // its own probe will tell
+  }
+}
 
 // A probe whose module is not there at all needs no interpreter to find that out.
 std::optional<Probe> started_if_importable(Engine& engine, const std::string& module) {

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "base/error.h"
-#include "base/folder_lock.h"
+#include "base/files.h"
 #include "runtime/commands.h"
 #include "runtime/environment.h"
 #include "runtime/package_switch.h"

@@ -1,7 +1,6 @@
 #include "runtime/package_switch.h"
 
 #include "base/unicode.h"
-#include "command/pip.h"
 #include "runtime/targets.h"
 #include "runtime/verify_provider.h"
 

@@ -1,11 +1,32 @@
 // The sub-commands that hand their work to the engine's operations on server processes.
+#include <algorithm>
+#include <array>
+
 #include "base/python_text.h"
+#include "base/unicode.h"
 #include "python/object.h"
 #include "server/commands.h"
-#include "server/host_option.h"
 
 namespace zv::server {
 namespace {
+
+// The zeros of scripts whose ten digits follow each other: Latin, Arabic, Persian, Devanagari,
+// Bengali, Thai, full width.
+constexpr std::array<std::uint32_t, 7> ZEROS = {0x30, 0x660, 0x6F0, 0x966, 0x9E6, 0xE50, 0xFF10};
+
+bool digit(std::uint32_t point) {
+  return std::any_of(ZEROS.begin(), ZEROS.end(),
+                     [point](std::uint32_t zero) { return point >= zero && point < zero + 10; });
+}
+
+// Digits only, white space aside: a port that was meant for --port.
+bool looks_like_port(std::string_view host) {
+  const std::string_view word = strip(host);
+  for (std::size_t at = 0; at < word.size();) {
+    if (!digit(next_code_point(word, at))) return false;
+  }
+  return !word.empty();
+}
 
 python::Object operation(Session& session, std::string_view name) {
   return session.engine.load(DAEMON_MODULE, name);
@@ -40,7 +61,8 @@ void stop(const Args& args, Session& session) {
 void start_again(const char* name, const char* third, const Args& args, Session& session) {
   const std::string host = args.text("host");
   if (looks_like_port(host)) {
-    session.out << mistaken_port(host);
+    session.out << "\n✗ Invalid --host: " << quoted_text(host) << ". Did you mean --port " << host
+                << "?\n";
     return;
   }
   operation(session, name)

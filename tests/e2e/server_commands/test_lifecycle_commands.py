@@ -108,7 +108,7 @@ def test_operations_are_called_by_keyword(zv, words, call):
     assert zv.calls() == [[name, [], keywords]]
 
 
-@pytest.mark.parametrize("host", ["8001", " 8001 ", "８００１"])
+@pytest.mark.parametrize("host", ["8001", " 8001 ", "８００１", "0"])
 def test_start_asks_back_when_the_host_is_a_port(zv, host):
     assert zv("server", "start", "--host", host).out == (
         f"\n✗ Invalid --host value: '{host}'\n"
@@ -126,7 +126,9 @@ def test_restart_and_upgrade_ask_back_in_one_line(zv, command):
     assert (result.status, zv.calls()) == (0, [])
 
 
-@pytest.mark.parametrize("host", ["127.0.0.1", "localhost", "", "a1"])
+@pytest.mark.parametrize(
+    "host", ["127.0.0.1", "localhost", "", "  ", "a1", "80 01", "-1", "8001x", "::1"]
+)
 def test_other_hosts_pass(zv, host):
     zv("server", "start", "--host", host)
     assert zv.calls()[0][2]["host"] == host

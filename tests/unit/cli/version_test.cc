@@ -1,10 +1,9 @@
-#include "cli/version.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "base/error.h"
+#include "cli/command_table.h"
 
 namespace zv::cli {
 namespace {

@@ -2,11 +2,15 @@
 
 #include <filesystem>
 
-#include "python/places.h"
+#include "base/system.h"
 
-namespace zv::python {
+namespace zv {
 
 namespace fs = std::filesystem;
+
+std::string system_name() {
+  return "Windows";
+}
 
 std::string program_folder() {
   wchar_t buffer[32768];
@@ -33,4 +37,4 @@ bool runnable(const std::string& path) {
   return fs::is_regular_file(path, error);
 }
 
-}  // namespace zv::python
+}  // namespace zv

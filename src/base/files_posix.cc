@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -211,6 +212,16 @@ void write_file(const fs::path& path, std::string_view data) {
   } else if (old.st_nlink > 1 || !replace(job, old)) {
     overwrite(file.get(), job, old);
   }
+}
+
+FolderLock::FolderLock(const std::string& folder)
+    : handle_(open(folder.c_str(), O_RDONLY | O_CLOEXEC)) {
+  if (handle_ == NONE) return;
+  ours_ = flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+FolderLock::~FolderLock() {
+  if (handle_ != NONE) close(static_cast<int>(handle_));
 }
 
 }  // namespace zv

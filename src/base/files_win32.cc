@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include <cerrno>
 #include <fstream>
 
@@ -25,6 +27,20 @@ void write_file(const std::filesystem::path& path, std::string_view data) {
   if (problem == 0 && !error) return;
   if (replaceable) std::filesystem::remove(fresh, error);
   fail(problem != 0 ? problem : EACCES);
+}
+
+// Folders cannot be locked here: a file in it that nobody else may open and that goes with us.
+FolderLock::FolderLock(const std::string& folder) {
+  const std::filesystem::path file =
+      std::filesystem::path(std::u8string(folder.begin(), folder.end())) / ".zv-anpr.lock";
+  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  ours_ = handle != INVALID_HANDLE_VALUE || GetLastError() != ERROR_SHARING_VIOLATION;
+  if (handle != INVALID_HANDLE_VALUE) handle_ = reinterpret_cast<std::intptr_t>(handle);
+}
+
+FolderLock::~FolderLock() {
+  if (handle_ != NONE) CloseHandle(reinterpret_cast<HANDLE>(handle_));
 }
 
 }  // namespace zv

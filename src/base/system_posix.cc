@@ -1,3 +1,4 @@
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -5,11 +6,16 @@
 #include <mach-o/dyld.h>
 #endif
 
-#include "python/places.h"
+#include "base/system.h"
 
-namespace zv::python {
+namespace zv {
 
 namespace fs = std::filesystem;
+
+std::string system_name() {
+  utsname name{};
+  return uname(&name) == 0 ? name.sysname : "";
+}
 
 std::string program_folder() {
   std::error_code error;
@@ -41,4 +47,4 @@ bool runnable(const std::string& path) {
   return fs::is_regular_file(path, error) && access(path.c_str(), X_OK) == 0;
 }
 
-}  // namespace zv::python
+}  // namespace zv

@@ -1,9 +1,0 @@
-#include "base/system_name.h"
-
-namespace zv {
-
-std::string system_name() {
-  return "Windows";
-}
-
-}  // namespace zv
