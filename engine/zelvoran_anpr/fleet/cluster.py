@@ -15,9 +15,12 @@ from .worker import wrong_version
 
 _CONNECT_SECONDS = 5
 _WAIT_SECONDS = 60
+# Dask looks at itself so often that it takes 7 % of a core; photos take a tenth of a second each.
 _LOCAL = {
-    # Looks at what workers do a hundred times a second, which nobody sees here.
     "distributed.worker.profile.enabled": False,
+    "distributed.admin.tick.interval": "1s",
+    "distributed.admin.system-monitor.interval": "10s",
+    "distributed.worker.memory.monitor-interval": "1s",
 }
 
 
