@@ -1,20 +1,18 @@
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <random>
-#include <utility>
 
 #include "base/error.h"
 #include "base/files.h"
 #include "base/held_signals_posix.h"
 #include "base/interrupt.h"
+#include "base/process_posix.h"
 
 namespace zv {
 namespace {
@@ -25,19 +23,6 @@ using Status = struct stat;
 
 constexpr std::size_t CHUNK = 1 << 20;  // between two looks at what else has happened
 constexpr int ATTEMPTS = 100;           // at a name that is not taken yet
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  ~Descriptor() { close(); }
-
-  int get() const { return number_; }
-  bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
-
- private:
-  int number_;
-};
 
 // What is to be written, and under which name.
 struct Job {
@@ -80,16 +65,16 @@ class Beside {
 
   bool take_over(const Status& old) {
     Status own{};
-    if (fstat(file_.get(), &own) != 0) return false;
+    if (fstat(file_.number(), &own) != 0) return false;
     const bool same_owner = own.st_uid == old.st_uid && own.st_gid == old.st_gid;
     // In this order: with a new owner a file loses some of its mode.
-    return (same_owner || fchown(file_.get(), old.st_uid, old.st_gid) == 0) &&
-           fchmod(file_.get(), old.st_mode & 07777) == 0;
+    return (same_owner || fchown(file_.number(), old.st_uid, old.st_gid) == 0) &&
+           fchmod(file_.number(), old.st_mode & 07777) == 0;
   }
 
   void fill(const Job& job, const HeldSignals& signals) {
-    write_all(file_.get(), job.data, job, [&] { signals.check(); });
-    if (fsync(file_.get()) != 0 || !file_.close()) job.fail();
+    write_all(file_.number(), job.data, job, [&] { signals.check(); });
+    if (fsync(file_.number()) != 0 || !file_.close()) job.fail();
   }
 
   bool move() { return moved_ = std::rename(name_.c_str(), target_.c_str()) == 0; }
@@ -204,13 +189,13 @@ void write_file(const fs::path& path, std::string_view data) {
     return write_all(own_stream(old), data, job, check_interrupt);
   }
   Descriptor file = open_existing(job);
-  if (file.get() < 0) return create(job);
-  if (fstat(file.get(), &old) != 0) job.fail();
+  if (file.number() < 0) return create(job);
+  if (fstat(file.number(), &old) != 0) job.fail();
   if (!S_ISREG(old.st_mode)) {
-    write_all(file.get(), data, job, check_interrupt);
+    write_all(file.number(), data, job, check_interrupt);
     if (!file.close()) job.fail();
   } else if (old.st_nlink > 1 || !replace(job, old)) {
-    overwrite(file.get(), job, old);
+    overwrite(file.number(), job, old);
   }
 }
 

@@ -17,24 +17,10 @@ std::string unit_escape(std::uint32_t unit) {
 }
 
 std::string escaped(std::uint32_t point) {
-  switch (point) {
-    case '"':
-      return "\\\"";
-    case '\\':
-      return "\\\\";
-    case '\n':
-      return "\\n";
-    case '\r':
-      return "\\r";
-    case '\t':
-      return "\\t";
-    case '\f':
-      return "\\f";
-    case '\b':
-      return "\\b";
-    default:
-      break;
-  }
+  constexpr std::string_view NAMED = "\"\\\n\r\t\f\b";
+  constexpr std::string_view NAMES = "\"\\nrtfb";
+  const auto named = point < 0x80 ? NAMED.find(static_cast<char>(point)) : NAMED.npos;
+  if (named != NAMED.npos) return {'\\', NAMES[named]};
   if (point >= 0x20 && point < 0x7F) return std::string(1, static_cast<char>(point));
   if (point <= 0xFFFF) return unit_escape(point);
   const std::uint32_t rest = point - 0x10000;

@@ -30,9 +30,8 @@ class Descriptor {
   int number() const { return number_; }
   bool open() const { return number_ >= 0; }
   int release() { return std::exchange(number_, -1); }
-  void close() {
-    if (open()) ::close(release());
-  }
+  // False when what was written did not arrive.
+  bool close() { return !open() || ::close(release()) == 0; }
 
  private:
   int number_ = -1;

@@ -49,15 +49,13 @@ std::string escape(std::uint32_t point) {
 }
 
 void append_quoted(std::string& to, std::uint32_t point, char quote) {
-  if (point == '\n') {
-    to += "\\n";
-  } else if (point == '\r') {
-    to += "\\r";
-  } else if (point == '\t') {
-    to += "\\t";
+  constexpr std::string_view NAMED = "\n\r\t";
+  constexpr std::string_view NAMES = "nrt";
+  const auto named = point < 0x80 ? NAMED.find(static_cast<char>(point)) : NAMED.npos;
+  if (named != NAMED.npos) {
+    to.append({'\\', NAMES[named]});
   } else if (point == '\\' || point == static_cast<std::uint32_t>(quote)) {
-    to += '\\';
-    to += static_cast<char>(point);
+    to.append({'\\', static_cast<char>(point)});
   } else if (printable(point)) {
     append_code_point(to, point);
   } else {

@@ -7,7 +7,7 @@
 
 #include "base/python_number.h"
 #include "base/unicode.h"
-#include "cli/command_table.h"
+#include "cli/documents.h"
 #include "cli/options.h"
 
 namespace zv::cli {
@@ -56,12 +56,10 @@ std::string invocation(const Option& option) {
 }
 
 std::vector<std::string> option_parts(const CommandPath& path) {
-  std::vector<std::string> parts = {"[-h]"};
-  if (path.size() == 1) parts.emplace_back("[--version]");
-  for (const Option& option : path.back()->options) {
-    if (option.positional()) continue;
-    const std::string value = takes_value(option) ? " " + metavar(option) : "";
-    parts.push_back("[" + names_of(option).front() + value + "]");
+  std::vector<std::string> parts;
+  for (const Option* option : options_at(path)) {
+    const std::string value = takes_value(*option) ? " " + metavar(*option) : "";
+    parts.push_back("[" + names_of(*option).front() + value + "]");
   }
   return parts;
 }
@@ -100,11 +98,8 @@ std::vector<Entry> positional_entries(const Command& command) {
 
 std::vector<Entry> option_entries(const CommandPath& path) {
   std::vector<Entry> entries;
-  for (const Option& option : common_options(path.size() == 1)) {
-    entries.push_back({invocation(option), std::string(option.help)});
-  }
-  for (const Option& option : path.back()->options) {
-    if (!option.positional()) entries.push_back({invocation(option), std::string(option.help)});
+  for (const Option* option : options_at(path)) {
+    entries.push_back({invocation(*option), std::string(option->help)});
   }
   return entries;
 }

@@ -10,8 +10,8 @@
 #include "base/error.h"
 #include "base/python_text.h"
 #include "base/unicode.h"
-#include "image/colour.h"
 #include "image/font.h"
+#include "image/picture.h"
 
 namespace zv::image {
 namespace {

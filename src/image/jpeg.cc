@@ -1,7 +1,6 @@
 // JPEG files to pixels and back: baseline and progressive, grey, RGB, YCbCr, CMYK and YCCK.
 // Written as cameras and editors do by default: quality 75, colour at half size.
 #include <algorithm>
-#include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 // clang-format off: these two rely on those before them
@@ -12,7 +11,6 @@
 #include "base/error.h"
 #include "base/interrupt.h"
 #include "image/codec.h"
-#include "image/colour.h"
 #include "image/orientation.h"
 
 namespace zv::image {
@@ -28,21 +26,12 @@ unsigned char* bytes_of(std::string_view text) {
   return reinterpret_cast<unsigned char*>(const_cast<char*>(text.data()));
 }
 
-// libjpeg reports errors by leaving its caller; here they become Error, without ever throwing
-// through its frames.
-struct Codec {
-  template <class Step>
-  bool run(Step&& step) {  // false for an error; a step may not own anything while inside libjpeg
-    if (setjmp(escape) != 0) return false;
-    step();
-    return true;
-  }
-
+struct Codec : Escape {
   template <class Jpeg>
   void create(Jpeg& jpeg, void (*create_struct)(Jpeg*)) {
     jpeg.err = jpeg_std_error(&errors);
     jpeg.client_data = this;
-    errors.error_exit = leave;
+    errors.error_exit = give_up;
     errors.emit_message = note;
     create_struct(&jpeg);
     progress.progress_monitor = watch;
@@ -50,17 +39,16 @@ struct Codec {
   }
 
   static Codec& of(j_common_ptr jpeg) { return *static_cast<Codec*>(jpeg->client_data); }
-  [[noreturn]] static void leave(j_common_ptr jpeg) {
-    jpeg->err->format_message(jpeg, of(jpeg).message);
-    std::longjmp(of(jpeg).escape, 1);
+  [[noreturn]] static void give_up(j_common_ptr jpeg) {
+    char text[JMSG_LENGTH_MAX];
+    jpeg->err->format_message(jpeg, text);
+    of(jpeg).leave(text);
   }
   static void note(j_common_ptr jpeg, int level);
   static void watch(j_common_ptr jpeg);
 
-  std::jmp_buf escape{};
   jpeg_error_mgr errors{};
   jpeg_progress_mgr progress{};
-  char message[JMSG_LENGTH_MAX] = {};
   bool ended = false;         // the file had no more bytes
   bool starved = false;       // and picture data was missing, not only the end marker
   JDIMENSION sound_rows = 0;  // that were there before
@@ -86,7 +74,7 @@ void Codec::watch(j_common_ptr jpeg) {
   const bool endless = jpeg->is_decompressor != 0 &&
                        reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > MAX_SCANS;
   if (endless) ERREXIT(jpeg, JERR_BAD_PROGRESSION);
-  if (pending_interrupts() > 0) std::longjmp(of(jpeg).escape, 1);
+  if (pending_interrupts() > 0) of(jpeg).leave("interrupted");
 }
 
 struct Reader : Codec {

@@ -51,4 +51,18 @@ void check_size(std::uint64_t width, std::uint64_t height);
 // A checked picture whose pixels have no value yet.
 Picture unpainted(std::uint64_t width, std::uint64_t height);
 
+// a * b / 255, rounded to nearest, for a and b in 0..255.
+constexpr std::uint8_t scale_by(unsigned a, unsigned b) {
+  const unsigned product = a * b + 128;
+  return static_cast<std::uint8_t>((product + (product >> 8)) >> 8);
+}
+
+// Ink amounts (0 is bare paper) to light, without a colour profile.
+inline void cmyk_to_rgb(const std::uint8_t* cmyk, std::uint8_t* rgb) {
+  const unsigned paper = 255U - cmyk[3];
+  for (std::size_t i = 0; i < 3; ++i) {
+    rgb[i] = static_cast<std::uint8_t>(paper - scale_by(cmyk[i], paper));
+  }
+}
+
 }  // namespace zv::image

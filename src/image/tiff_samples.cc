@@ -5,7 +5,6 @@
 #include "base/error.h"
 #include "base/interrupt.h"
 #include "image/codec.h"
-#include "image/colour.h"
 #include "image/tiff_file.h"
 
 namespace zv::image {
@@ -73,6 +72,11 @@ Layout::Layout(const TiffFile& file)
   if (plane_bytes * planes() > MAX_BLOCK_BYTES) {
     throw Error("TIFF file with a strip or tile too large to decode");
   }
+}
+
+// A 16-bit sample as 8 bits: value / 257, rounded to nearest.
+std::uint8_t narrow_sample(std::uint16_t value) {
+  return static_cast<std::uint8_t>((value * 255U + 32895U) >> 16);
 }
 
 // Measurements without a natural white: what lies outside 0 to 255 is cut off.

@@ -36,13 +36,6 @@ std::string text_of(const Map& map, std::string_view key) {
   return plain_text(get(map, key, ""));
 }
 
-template <class T>
-const T& expected(const Value& value) {
-  const T* found = value.as<T>();
-  if (!found) throw Error(NO_ANSWER);
-  return *found;
-}
-
 Reference reference_of(const Value& number) {
   return Reference{static_cast<std::uint64_t>(expected<std::int64_t>(number))};
 }

@@ -22,13 +22,6 @@ std::string from_hex(std::string_view hex) {
   return bytes;
 }
 
-template <class T>
-T expected(const Value& value) {
-  const T* found = value.as<T>();
-  if (!found) throw Error(NO_ANSWER);
-  return *found;
-}
-
 std::string text_of(const Value& value) {
   return expected<std::string>(untagged(value));
 }
