@@ -6,7 +6,6 @@ import subprocess
 import sys
 import venv
 import zipfile
-from collections.abc import Callable
 from pathlib import Path
 
 import pytest
@@ -111,17 +110,6 @@ def runtime(zv, template: Path, tmp_path: Path) -> RuntimeEnvironment:
     if sys.platform != "linux":
         pytest.skip("the targets that exist here are others")
     return RuntimeEnvironment(zv, template, tmp_path)
-
-
-@pytest.fixture
-def eventually() -> Callable[[Callable[[], bool]], None]:
-    import time
-
-    def wait(condition: Callable[[], bool]) -> None:
-        while not condition():
-            time.sleep(0.01)
-
-    return wait
 
 
 @pytest.fixture

@@ -16,6 +16,7 @@ from gpu_setup_lines import (
     ONLY_GPU,
     SETTING_UP,
 )
+from processes import wait_until
 from runtime_wheels import (
     NOISY,
     SLOW_TO_LEAVE,
@@ -221,7 +222,7 @@ def test_modules_of_the_folder_the_user_stands_in_are_not_judged(runtime):
     assert runtime.distributions() == ONLY_CPU
 
 
-def test_a_second_run_in_the_same_environment_is_refused(runtime, eventually):
+def test_a_second_run_in_the_same_environment_is_refused(runtime):
     """Until the first one ends, however it ends."""
     runtime.offer(CPU)
     hook = runtime.zv.engine_folder / "sitecustomize.py"
@@ -230,7 +231,7 @@ def test_a_second_run_in_the_same_environment_is_refused(runtime, eventually):
     stall = {"words": "pip install", "event": None, "path": "", "reached": str(reached)}
     env = runtime.variables(ZV_TEST_STALL=json.dumps(stall))
     first = runtime.zv.popen("gpu-setup", "cpu", env=env, start_new_session=True)
-    eventually(reached.exists)
+    wait_until(reached.exists)
     assert runtime.run("gpu-setup", "cpu") == (
         1,
         runtime.title("cpu")

@@ -8,6 +8,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 import pytest
+from processes import wait_until
 from program import EXECUTABLE
 
 GPU = "onnxruntime-gpu"
@@ -56,7 +57,7 @@ INTERRUPTED = [
 ]
 
 
-def cut_off(runtime, eventually, tmp_path: Path, point: Point, number: int) -> tuple[int, str, str]:
+def cut_off(runtime, tmp_path: Path, point: Point, number: int) -> tuple[int, str, str]:
     reached = tmp_path / "reached"
     runtime.zv.engine_folder.joinpath("sitecustomize.py").write_bytes(
         Path(__file__).with_name("stall.py").read_bytes()
@@ -69,7 +70,7 @@ def cut_off(runtime, eventually, tmp_path: Path, point: Point, number: int) -> t
     }
     env = runtime.variables(ZV_TEST_STALL=json.dumps(stall))
     process = runtime.zv.popen("gpu-setup", "cuda", env=env, start_new_session=True)
-    eventually(lambda: reached.exists() or process.poll() is not None)
+    wait_until(lambda: reached.exists() or process.poll() is not None)
     assert process.poll() is None, process.communicate()
     os.killpg(process.pid, number)
     out, err = process.communicate(timeout=60)
@@ -92,26 +93,26 @@ def prepare(runtime, point: Point) -> None:
 
 
 @pytest.mark.parametrize("name", POINTS)
-def test_kill(runtime, eventually, tmp_path, name):
+def test_kill(runtime, tmp_path, name):
     prepare(runtime, POINTS[name])
-    cut_off(runtime, eventually, tmp_path, POINTS[name], signal.SIGKILL)
+    cut_off(runtime, tmp_path, POINTS[name], signal.SIGKILL)
     repaired(runtime)
 
 
 @pytest.mark.parametrize("name", INTERRUPTED)
-def test_ctrl_c(runtime, eventually, tmp_path, name):
+def test_ctrl_c(runtime, tmp_path, name):
     prepare(runtime, POINTS[name])
-    status, out, err = cut_off(runtime, eventually, tmp_path, POINTS[name], signal.SIGINT)
+    status, out, err = cut_off(runtime, tmp_path, POINTS[name], signal.SIGINT)
     assert status == 1
     assert out.endswith("\nOperation cancelled.\n")
     assert err == "zv-anpr: the switch is not finished; run gpu-setup again to repair it\n"
     repaired(runtime)
 
 
-def test_another_target_repairs_as_well(runtime, eventually, tmp_path):
+def test_another_target_repairs_as_well(runtime, tmp_path):
     point = POINTS["step 3b, before it installs"]
     prepare(runtime, point)
-    cut_off(runtime, eventually, tmp_path, point, signal.SIGKILL)
+    cut_off(runtime, tmp_path, point, signal.SIGKILL)
     status, out, _ = runtime.zv("gpu-setup", "cpu", env=runtime.variables())
     assert status == 0, out
     assert runtime.session_runs_on() == "onnxruntime"
@@ -120,14 +121,14 @@ def test_another_target_repairs_as_well(runtime, eventually, tmp_path):
     assert "already installed, no conflicts." in runtime.run("gpu-setup", "cpu")[1]
 
 
-def test_a_verification_alone_leaves_no_note(runtime, eventually, tmp_path):
+def test_a_verification_alone_leaves_no_note(runtime, tmp_path):
     runtime.have("onnxruntime")
     reached = tmp_path / "reached"
     (runtime.site / "onnxruntime" / "__init__.py").write_text(
         f"import time\nopen({str(reached)!r}, 'w')\ntime.sleep(600)"
     )
     process = runtime.zv.popen("gpu-setup", "cpu", env=runtime.variables(), start_new_session=True)
-    eventually(lambda: reached.exists() or process.poll() is not None)
+    wait_until(lambda: reached.exists() or process.poll() is not None)
     os.killpg(process.pid, signal.SIGINT)
     out, err = process.communicate(timeout=60)
     assert process.returncode == 1
@@ -135,7 +136,7 @@ def test_a_verification_alone_leaves_no_note(runtime, eventually, tmp_path):
     assert err == b""
 
 
-def test_the_terminals_ctrl_c_reaches_the_installer_once(runtime, eventually, tmp_path):
+def test_the_terminals_ctrl_c_reaches_the_installer_once(runtime, tmp_path):
     """A second one would break off what it does to undo its work."""
     counted = tmp_path / "counted"
     installer = runtime.site / "pip" / "__main__.py"
@@ -155,7 +156,7 @@ def test_the_terminals_ctrl_c_reaches_the_installer_once(runtime, eventually, tm
     if child == 0:
         environment = runtime.zv.environment(**runtime.variables())
         os.execve(EXECUTABLE, [str(EXECUTABLE), "gpu-setup", "cpu"], environment)
-    eventually(counted.exists)
+    wait_until(counted.exists)
     os.write(terminal, b"\x03")
     out = b""
     while chunk := read_terminal(terminal):

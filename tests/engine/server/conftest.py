@@ -12,6 +12,7 @@ from pathlib import Path
 import httpx
 import psutil
 import pytest
+from dashboard_browser import browser, chromium, photo  # noqa: F401  fixtures of several files
 from processes import alive, free_port
 
 _MODULE = "zelvoran_anpr.zelvoran_anpr_server_daemon"
