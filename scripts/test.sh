@@ -37,6 +37,7 @@ run_stages() {
   stage "Unit tests" unit_tests release "Unit tests"
   stage "Build with clang and sanitizers" build clang-asan
   stage "Sanitized unit tests" unit_tests clang-asan "Sanitized unit tests"
+  stage "Replayed fuzz tests" replay_tests clang-asan "Replayed fuzz tests"
   stage "Static analysis" analyse
   for folder in tests/engine/*/; do
     name="$(basename "$folder") engine tests"
@@ -44,6 +45,7 @@ run_stages() {
   done
   stage "Training tests" python_tests "Training tests" tests/training
   stage "End-to-end tests" python_tests "End-to-end tests" tests/e2e
+  stage "Torture tests" python_tests "Torture tests" tests/torture
   stage "Sanitized end-to-end tests" sanitized_end_to_end_tests "Sanitized end-to-end tests"
 }
 

@@ -37,6 +37,14 @@ unit_tests() {
   timeout -k 10 600 "build/$preset/zv-unit-tests" --gtest_brief=1 --gtest_output="xml:$(report "$name")"
 }
 
+# Everything that is kept for the fuzzers, and a few variants, through every parser.
+replay_tests() {
+  local preset=$1 name=$2
+  "$VENV/bin/python" tests/fuzz/seeds.py build/fuzz-seeds 2>/dev/null &&
+    timeout -k 10 300 "build/$preset/zv-fuzz-replay" --gtest_brief=1 \
+      --gtest_output="xml:$(report "$name")"
+}
+
 analyse() {
   find src -name '*.cc' ! -name '*_win32.cc' -print0 |
     xargs -0 -n 1 -P "$JOBS" clang-tidy-14 -p build/clang-asan --quiet 2>/dev/null

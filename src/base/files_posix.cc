@@ -83,10 +83,11 @@ class Beside {
   Descriptor create() {
     std::random_device random;
     for (int i = 0; i < ATTEMPTS; ++i) {
-      const fs::path name = target_.parent_path() / ("." + std::to_string(random()) + ".tmp");
-      const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      // Kept before there is such a file: memory that runs out in between would leave it behind.
+      name_ = target_.parent_path() / ("." + std::to_string(random()) + ".tmp");
+      const int file = open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
       problem_ = file < 0 ? errno : 0;
-      if (file >= 0) name_ = name;
+      if (file < 0) name_.clear();
       if (problem_ != EEXIST) return Descriptor(file);
     }
     return Descriptor(-1);

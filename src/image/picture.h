@@ -42,8 +42,12 @@ struct Picture {
 };
 
 // The engine's limit, too: a picture above it is taken for an attack or a mistake. As RGB it would
-// fill half a gigabyte.
+// fill half a gigabyte. Fuzzers, who define the macro, need many small pictures.
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+inline constexpr std::uint64_t MAX_PIXELS = 1'000'000;
+#else
 inline constexpr std::uint64_t MAX_PIXELS = 150'000'000;
+#endif
 
 // Throws Error for an empty picture and for one above MAX_PIXELS; called before any allocation.
 void check_size(std::uint64_t width, std::uint64_t height);

@@ -6,7 +6,7 @@ from typing import Any, NamedTuple
 
 from ruamel.yaml import YAML
 from ruamel.yaml.comments import CommentedMap, CommentedSeq
-from ruamel.yaml.error import MarkedYAMLError, YAMLError
+from ruamel.yaml.error import MarkedYAMLError
 
 from .yaml_values import plain, same
 
@@ -34,12 +34,23 @@ def parse(text: str) -> tuple[CommentedMap, Layout]:
         mark = error.problem_mark or error.context_mark
         line = mark.line + 1 if mark else None
         raise YamlProblem(_one_line(error.problem or error.context), line) from None
-    except (YAMLError, ValueError, RecursionError) as error:
+    except Exception as error:  # noqa: BLE001  the library also stumbles in ways of its own
         raise YamlProblem(_one_line(str(error))) from None
     document = CommentedMap() if document is None else document
     if not isinstance(document, CommentedMap):
         raise YamlProblem('the file must hold "section:" lines', 1)
+    _check(document)
     return document, _layout(document)
+
+
+def _check(document: CommentedMap) -> None:
+    """Refuse what YAML can say and Python's own types cannot hold."""
+    try:
+        plain(document)
+    except TypeError:
+        raise YamlProblem("a key must be a plain word, not a list or a mapping") from None
+    except RecursionError:
+        raise YamlProblem("a value contains itself, or nests too deeply") from None
 
 
 def _layout(document: CommentedMap) -> Layout:
@@ -63,8 +74,9 @@ def _blocks(parent: Any) -> Iterator[tuple[Any, int]]:
 
 
 def line_of(document: CommentedMap, key: str) -> int:
-    """Return the line, from 1, on which a top-level key stands."""
-    return int(document.lc.key(key)[0]) + 1
+    """Return the line, from 1, on which a top-level key stands, be it in by "<<" or not."""
+    place = (document.lc.data or {}).get(key, (0,))
+    return int(place[0]) + 1
 
 
 def updated_text(document: CommentedMap, layout: Layout, wanted: Mapping[str, Any]) -> str:

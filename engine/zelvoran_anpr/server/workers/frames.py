@@ -42,8 +42,15 @@ async def receive_frame(stream: asyncio.StreamReader, most_payload: int = _MOST_
     head_length, payload_length = _LENGTHS.unpack(await stream.readexactly(_LENGTHS.size))
     if head_length > _MOST_HEAD or payload_length > most_payload:
         raise ValueError("a frame is too long")
-    head = json.loads(await stream.readexactly(head_length))
+    head = _decoded(await stream.readexactly(head_length))
     payload = await stream.readexactly(payload_length) if payload_length else b""
     if not isinstance(head, dict):
         raise ValueError("a frame has no head")
     return head, payload
+
+
+def _decoded(text: bytes) -> Any:
+    try:
+        return json.loads(text)
+    except RecursionError:
+        raise ValueError("a frame's head nests too deeply") from None
