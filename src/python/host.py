@@ -105,4 +105,7 @@ def main():
         os._exit(0)
 
 
-main()
+try:
+    main()
+except MemoryError:  # the program tells its user what has become of us
+    os._exit(1)
