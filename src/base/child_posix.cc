@@ -72,7 +72,7 @@ struct Child::State {
     Pipe pipe = make_pipe();
     const bool reads = kind == Child::Stream::read;
     ours.end = std::move(reads ? pipe.read : pipe.write);
-    fcntl(ours.end.number(), F_SETFL, O_NONBLOCK);
+    if (fcntl(ours.end.number(), F_SETFL, O_NONBLOCK) != 0) throw Error(os_error_text(errno));
     return std::move(reads ? pipe.write : pipe.read);
   }
 

@@ -37,8 +37,8 @@ int make_wake_socket() {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) != 0) throw Error(os_error_text(errno));
   for (const int end : ends) {
-    fcntl(end, F_SETFD, FD_CLOEXEC);
-    fcntl(end, F_SETFL, O_NONBLOCK);
+    const bool closes = fcntl(end, F_SETFD, FD_CLOEXEC) == 0;
+    if (!closes || fcntl(end, F_SETFL, O_NONBLOCK) != 0) throw Error(os_error_text(errno));
   }
   wake_end = ends[1];
   struct sigaction action {};
