@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "base/interrupt.h"
 #include "base/unicode.h"
 
 namespace zv {
@@ -32,6 +33,15 @@ std::string without_controls(std::string_view text) {
   return shown;
 }
 
+// Goes on after signals that want nothing of us; Ctrl+C does not wait for a reader that is asleep.
+bool wrote_all(std::FILE* file, std::string_view text) {
+  do {
+    errno = 0;
+    text.remove_prefix(std::fwrite(text.data(), 1, text.size(), file));
+  } while (!text.empty() && errno == EINTR && pending_interrupts() == 0);
+  return text.empty() && std::fflush(file) == 0;
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const Foreign& foreign) {
@@ -42,6 +52,7 @@ std::ostream& operator<<(std::ostream& stream, const Foreign& foreign) {
 
 OutputStream::OutputStream(std::FILE* file, bool terminal)
     : std::ostream(nullptr), buffer_(file, terminal) {
+  std::setvbuf(file, nullptr, _IONBF, 0);  // lines are gathered here, and no write is to lose any
   rdbuf(&buffer_);
   iword(terminal_mark()) = terminal ? 1 : 0;
   exceptions(std::ios::badbit);  // lets OutputClosed out of operator<<
@@ -69,10 +80,7 @@ void OutputStream::Buffer::write_out() {
   std::string text = escape_invalid(std::exchange(pending_, {}));
   if (terminal_) text = without_controls(text);
   if (text.empty() || failure != 0) return;
-  errno = 0;
-  const bool written =
-      std::fwrite(text.data(), 1, text.size(), file_) == text.size() && std::fflush(file_) == 0;
-  if (written) return;
+  if (wrote_all(file_, text)) return;
   failure = errno != 0 ? errno : EIO;
   if (failure == EPIPE) throw OutputClosed();
 }

@@ -18,28 +18,36 @@ STAYS_HERE = {"$there": 0}
 
 
 def serve(host, first):
-    lines = SimpleQueue()
-    _thread.start_new_thread(receive, (host, lines, first))
-    while (line := lines.get()) is not None:
+    queue = SimpleQueue()
+    try:
+        _thread.start_new_thread(receive, (host, queue, first))
+        lines = iter(queue.get, None)
+    except RuntimeError:  # no room for a thread; a call then goes on when the program has gone
+        lines = requests(host, first)
+    for line in lines:
         host.send(answer(host, line))
 
 
-def receive(host, lines, data):
+def receive(host, queue, first):
     """Its own thread: hands lines on, and ends the process when the program has gone."""
+    for line in requests(host, first):
+        queue.put(line)
+    queue.put(None)
+    if host.busy:
+        end_now()
+
+
+def requests(host, data):
     while True:
         *complete, data = data.split(b"\n")
-        for line in complete:
-            lines.put(line)
+        yield from complete
         try:
             chunk = os.read(host.requests, 65536)
         except OSError:
             chunk = b""
         if not chunk:
-            break
+            return
         data += chunk
-    lines.put(None)
-    if host.busy:
-        end_now()
 
 
 def watch_load(host):

@@ -13,7 +13,8 @@ UNTYPED = re.compile(r"Traceback \(most recent|terminate called|std::|Sanitizer|
 TEMPORARY = re.compile(r"(^|/)\.\d+\.tmp$")
 
 RIGHT, TOLD_SO, MISSED = "right", "told", "missed"
-WRONG = ("hang", "signal", "silent", "destroyed", "leftover", "running", "untyped")
+SILENT = "silent"
+WRONG = ("hang", "signal", SILENT, "destroyed", "leftover", "running", "untyped")
 
 
 def whole(name: str, content: bytes | None) -> bool:
@@ -46,7 +47,7 @@ class Judge:
         if self._is_good(run):
             return [RIGHT]
         died = run.status == -sent and sent
-        return [TOLD_SO] if died or TOLD.search(self._news(run)) else ["silent"]
+        return [TOLD_SO] if died or TOLD.search(self._news(run)) else [SILENT]
 
     def _ending(self, run: Outcome, sent: int) -> list[str]:
         if run.status is None:
