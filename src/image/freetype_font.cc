@@ -1,10 +1,13 @@
 // Fonts from files, hinted and anti-aliased, laid out glyph by glyph.
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 #include FT_OUTLINE_H
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
+#include <new>
 #include <type_traits>
 
 #include "base/error.h"
@@ -16,8 +19,28 @@
 namespace zv::image {
 namespace {
 
+// The library's memory comes from where ours does: what it makes of missing memory itself is
+// another font at best.
+void* allocate(FT_Memory, long size) {
+  try {
+    return ::operator new(static_cast<std::size_t>(size));
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void release(FT_Memory, void* block) {
+  ::operator delete(block);
+}
+void* reallocate(FT_Memory memory, long before, long size, void* block) {
+  void* const moved = allocate(memory, size);
+  if (moved == nullptr) return nullptr;
+  std::memcpy(moved, block, static_cast<std::size_t>(std::min(before, size)));
+  release(memory, block);
+  return moved;
+}
+
 struct CloseLibrary {
-  void operator()(FT_Library library) const { FT_Done_FreeType(library); }
+  void operator()(FT_Library library) const { FT_Done_Library(library); }
 };
 struct CloseFace {
   void operator()(FT_Face face) const { FT_Done_Face(face); }
@@ -38,8 +61,10 @@ class FreeTypeFont : public Font {
  public:
   FreeTypeFont(const std::filesystem::path& path, unsigned pixels) {
     FT_Library library = nullptr;
-    if (FT_Init_FreeType(&library) != 0) throw Error("the font library does not start");
+    if (FT_New_Library(&memory_, &library) != 0) throw Error("the font library does not start");
     library_.reset(library);
+    FT_Add_Default_Modules(library);
+    FT_Set_Default_Properties(library);
     FT_Face face = nullptr;
     if (FT_New_Face(library, path.string().c_str(), 0, &face) != 0) {
       throw Error("cannot open font " + quoted_text(path.string()));
@@ -134,6 +159,7 @@ class FreeTypeFont : public Font {
     }
   }
 
+  FT_MemoryRec_ memory_{nullptr, allocate, release, reallocate};
   std::unique_ptr<std::remove_pointer_t<FT_Library>, CloseLibrary> library_;
   std::unique_ptr<std::remove_pointer_t<FT_Face>, CloseFace> face_;
 };
