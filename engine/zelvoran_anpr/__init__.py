@@ -6,10 +6,21 @@ Pillow and ONNX Runtime load only when a detector or reader object is constructe
 
 __all__ = [
     "__version__",
+    "zelvoran_anpr_expect_image_files",
     "zelvoran_anpr_from_image_file",
     "zv_anpr_detector_v17",
     "zv_anpr_ocr_v17",
 ]
+
+
+def zelvoran_anpr_expect_image_files(detector, ocr, paths) -> None:
+    """Begin with photos that `zelvoran_anpr_from_image_file` will be called for, in this order.
+
+    A few photos ahead of the calls, in threads. Answers and errors stay those of the calls.
+    """
+    from .reading.v17 import expect_image_files
+
+    expect_image_files(detector, ocr, paths)
 
 
 def __getattr__(name: str):

@@ -9,7 +9,8 @@ enum Name : std::size_t {
   FROM_IMAGE_FILE,
   VERSION,
   TO_API_REGION,
-  TO_INTERNAL_REGION
+  TO_INTERNAL_REGION,
+  EXPECT_IMAGE_FILES
 };
 
 }  // namespace
@@ -20,7 +21,8 @@ std::vector<std::string> engine_names() {
           "zelvoran_anpr:zelvoran_anpr_from_image_file",
           "zelvoran_anpr._version:__version__",
           "zelvoran_anpr.region_aliases:to_api_region",
-          "zelvoran_anpr.region_aliases:to_internal_region"};
+          "zelvoran_anpr.region_aliases:to_internal_region",
+          "zelvoran_anpr:zelvoran_anpr_expect_image_files?"};
 }
 
 Engine::Engine(const std::string& interpreter, std::ostream& out)
@@ -64,6 +66,12 @@ python::Object Engine::from_image_file() {
 
 python::Object Engine::to_internal_region() {
   return named(TO_INTERNAL_REGION);
+}
+
+std::optional<python::Object> Engine::expect_image_files() {
+  python::Object door = named(EXPECT_IMAGE_FILES);
+  if (host().hello().names.at(EXPECT_IMAGE_FILES).id == 0) return std::nullopt;
+  return door;
 }
 
 python::Object Engine::load(std::string_view module, std::string_view name) {

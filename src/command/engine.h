@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -33,6 +34,8 @@ class Engine {
   python::Object ocr_class();
   python::Object from_image_file();
   python::Object to_internal_region();
+  // The door by which an engine is told of photos beforehand; most packages have none.
+  std::optional<python::Object> expect_image_files();
   // A name from one of the package's further modules, loaded when asked for. Throws PythonError.
   python::Object load(std::string_view module, std::string_view name);
   // Fails as `load` does when one of the names, separated by ", ", is not there.

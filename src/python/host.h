@@ -30,9 +30,9 @@ class LoadError : public Error {
 };
 
 struct Hello {
-  std::string executable;  // the interpreter's own path
-  std::string version;     // of the engine package
-  std::vector<Reference> names;
+  std::string executable;        // the interpreter's own path
+  std::string version;           // of the engine package
+  std::vector<Reference> names;  // 0 where a name that may be missing is
 };
 
 // An object that stays in the host, and what is known of it here: a Reference where it is of no
@@ -45,7 +45,8 @@ struct Kept {
 class Host {
  public:
   // Starts the interpreter and returns at once; `out` is flushed before every hand-over, so that
-  // text of both sides keeps its order. `names` are "module:attribute".
+  // text of both sides keeps its order. `names` are "module:attribute",
+  // with a "?" at the end where the attribute may be missing.
   Host(const std::string& interpreter, const std::vector<std::string>& names, std::ostream& out);
   ~Host();
   Host(const Host&) = delete;

@@ -1,9 +1,10 @@
 """Runs in the environment's interpreter and lets the program use Python objects one call at a time.
 
 Arguments: the descriptors of requests and answers, the text of bridge.py, then the names
-("module:attribute") to load at once. Both directions carry one ASCII JSON text per line; the first
-answer is the hello. The end of the requests ends this process, also in the middle of a call. What
-is needed only for calls is in bridge.py, compiled with the first: the shortest commands make none.
+("module:attribute") to load at once; one with a "?" at its end may be missing and has number 0
+then. Both directions carry one ASCII JSON text per line; the first answer is the hello. The end of
+the requests ends this process, also in the middle of a call. What is needed only for calls is in
+bridge.py, compiled with the first: the shortest commands make none.
 """
 
 import os
@@ -40,7 +41,12 @@ class Host:
         self.next_id += 1
         return self.next_id - 1
 
+    def kept(self, value, name):
+        return 0 if value is None and name[-1:] == "?" else self.keep(value)
+
     def load(self, module, name):
+        if name[-1:] == "?":  # looked up without waking what a package does for missing names
+            return getattr(sys.modules.get(module), "__dict__", {}).get(name[:-1])
         if not name:
             return __import__(module, fromlist=["__name__"])
         names = {}
@@ -55,7 +61,7 @@ def hello(host, names):
     try:
         loaded = [host.load(*name.split(":")) for name in names]
         version = str(next((v for v, n in zip(loaded, names) if n.endswith(":__version__")), ""))
-        kept = ", ".join(str(host.keep(value)) for value in loaded)
+        kept = ", ".join(str(host.kept(v, n)) for v, n in zip(loaded, names))
         rest = f'"version": {quote(version)}, "names": [{kept}]'
     except KeyboardInterrupt:
         rest = '"interrupted": true'

@@ -14,6 +14,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+List texts(const std::vector<fs::path>& files) {
+  List texts;
+  for (const fs::path& file : files) texts.emplace_back(file.string());
+  return texts;
+}
+
 // One run over a list of files: what is the same for all of them, and the plates gathered so far.
 class Reading {
  public:
@@ -21,8 +27,8 @@ class Reading {
       : args_(args),
         out_(session.out),
         err_(session.err),
-        reader_(session.engine),
         files_(std::move(files)),
+        reader_(session.engine, texts(files_)),
         written_(files_) {}
 
   void run() {
@@ -103,8 +109,8 @@ class Reading {
   const Args& args_;
   std::ostream& out_;
   std::ostream& err_;
-  ImageReader reader_;
   std::vector<fs::path> files_;
+  ImageReader reader_;
   WrittenFiles written_;
   List records_;
 };

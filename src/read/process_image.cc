@@ -1,5 +1,8 @@
 #include "read/process_image.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace zv::read {
 namespace {
 
@@ -11,7 +14,9 @@ Map backend_of(const Args& args) {
 
 std::vector<Plate> ImageReader::process_image(const std::string& image_path, const Args& args) {
   if (engine_.revived()) forget();
+  const std::ptrdiff_t place = asked_++;
   translated_region(args);
+  if (!told_) tell_of_images(args, place);
   const python::Object answer =
       engine_.from_image_file().make({detector(args), ocr(args), image_path});
   if (!answer.truthy() || !answer.contains("results")) return {};
@@ -20,7 +25,24 @@ std::vector<Plate> ImageReader::process_image(const std::string& image_path, con
   return plates;
 }
 
+// With the objects that reading will use. What goes wrong here goes wrong for the photo as well, or
+// does not matter.
+void ImageReader::tell_of_images(const Args& args, std::ptrdiff_t place) {
+  const python::Object finds = detector(args);
+  const python::Object reads = ocr(args);
+  told_ = true;
+  const auto door = engine_.expect_image_files();
+  const List to_come(images_.begin() + std::min<std::ptrdiff_t>(place, std::ssize(images_)),
+                     images_.end());
+  if (!door || to_come.size() < 2) return;
+  try {
+    door->call({finds, reads, to_come});
+  } catch (const python::PythonError&) {  // the photos are read one by one, then
+  }
+}
+
 void ImageReader::forget() {
+  told_ = false;
   region_.reset();
   detector_.reset();
   ocr_.reset();

@@ -1,6 +1,7 @@
 // One image through the engine. The only place that uses the engine's recognition classes.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,7 +15,9 @@ namespace zv::read {
 // Holds the engine's objects of one run. They are built for the first image and used for all.
 class ImageReader {
  public:
-  explicit ImageReader(Engine& engine) : engine_(engine) {}
+  // `images` are those that will be asked for, in this order: an engine that wants to know of them
+  // beforehand is told.
+  ImageReader(Engine& engine, List images) : engine_(engine), images_(std::move(images)) {}
 
   // The plates in the engine's order. Any failure is an Error with the text of the engine's
   // exception.
@@ -25,8 +28,12 @@ class ImageReader {
   python::Object translated_region(const Args& args);
   python::Object detector(const Args& args);
   python::Object ocr(const Args& args);
+  void tell_of_images(const Args& args, std::ptrdiff_t place);
 
   Engine& engine_;
+  List images_;
+  std::ptrdiff_t asked_ = 0;
+  bool told_ = false;
   std::optional<python::Object> region_;
   std::optional<python::Object> detector_;
   std::optional<python::Object> ocr_;

@@ -3,6 +3,7 @@
 import io
 import os
 import warnings
+from collections.abc import Callable
 from typing import BinaryIO
 
 import numpy as np
@@ -53,30 +54,36 @@ def load_image(source: str | os.PathLike | bytes, max_pixels: int | None = None)
         return upright_rgb(pixels)
 
 
-def open_photo(source: str | os.PathLike | bytes, longest: int) -> Photo:
+def open_photo(
+    source: str | os.PathLike | bytes, longest: int, admit: Callable[[int], None] | None = None
+) -> Photo:
     """Return what `load_image` would, of large JPEGs only a coarser version at first.
 
     Its longer side has at least `longest` pixels; what a Photo needs finer it unpacks from the
-    bytes that were read here. Raises as `load_image` does.
+    bytes that were read here. Raises as `load_image` does. With `admit` the photo is read before
+    somebody asks for it: that is called with the number of pixels before they are unpacked, and a
+    JPEG that is cut off is an error, as the word in the log belongs where it is asked for.
     """
     name = "the photo" if isinstance(source, bytes) else _shown(source)
     with _stream(source, name) as stream, _opened(stream, name) as image:
         _check_size(image, name, MAX_PIXELS)
         if is_jpeg(image) and max(image.size) >= 2 * longest:
             stream.seek(0)
-            return _coarse(stream.read(), name, longest / max(image.size))
-        return Photo(upright_picture(_loaded(image, stream, name)))
+            return _coarse(stream.read(), name, longest / max(image.size), admit)
+        return Photo(upright_picture(_admitted(image, stream, name, admit)))
 
 
-def _coarse(data: bytes, name: str, scale: float) -> Photo:
+def _coarse(data: bytes, name: str, scale: float, admit: Callable | None) -> Photo:
     def finer(least: float) -> Image.Image:
-        return _decoded(data, name, least)[0]
+        return _decoded(data, name, least, admit)[0]
 
-    picture, size = _decoded(data, name, scale)
+    picture, size = _decoded(data, name, scale, admit)
     return Photo(picture, size, finer)
 
 
-def _decoded(data: bytes, name: str, scale: float) -> tuple[Image.Image, tuple[int, int]]:
+def _decoded(
+    data: bytes, name: str, scale: float, admit: Callable | None
+) -> tuple[Image.Image, tuple[int, int]]:
     """Return a JPEG upright with at least `scale` of its pixels per side, and its own size.
 
     The decoder leaves out what only finer pictures need, which saves most of the time.
@@ -84,13 +91,22 @@ def _decoded(data: bytes, name: str, scale: float) -> tuple[Image.Image, tuple[i
     with io.BytesIO(data) as stream, _opened(stream, name) as image:
         width, height = image.size
         image.draft(None, (int(np.ceil(width * scale)), int(np.ceil(height * scale))))
-        coarse = image.size
-        loaded = _loaded(image, stream, name)
+        loaded = _admitted(image, stream, name, admit, width * height)
         picture = upright_picture(loaded)
-    turned = (picture.width > picture.height) != (loaded.width > loaded.height)
-    if loaded.size != coarse:  # what is left of a JPEG that is cut off comes in full
-        width, height = loaded.size
-    return picture, (height, width) if turned else (width, height)
+    is_turned = loaded.size != loaded.size[::-1] and picture.size == loaded.size[::-1]
+    return picture, (height, width) if is_turned else (width, height)
+
+
+def _admitted(
+    image: Image.Image, stream: BinaryIO, name: str, admit: Callable | None, own: int = 0
+) -> Image.Image:
+    """Return the image with its pixels decoded; `own` is how many it has where they are fewer."""
+    if admit is None:
+        return _loaded(image, stream, name)
+    # The passes of a progressive JPEG need all of it at once, however coarse the result.
+    admit(own if own and "progressive" in image.info else image.width * image.height)
+    image.load()
+    return image
 
 
 def _shown(path: str | os.PathLike) -> str:

@@ -46,6 +46,7 @@ class Photo:
     def sharpen(self, scale: float) -> None:
         """Unpack it anew where it has less than `scale` (up to 1) pixels per photo pixel."""
         if self._finer and self.scale < min(scale, 1.0):
+            self._pixels = None  # never both at once
             self._pixels = self._finer(scale)
             self.scale = _size(self._pixels)[0] / self.shape[1]
 

@@ -66,8 +66,9 @@ def _options(provider: str) -> onnxruntime.SessionOptions:
     # Waiting threads sleep: a spinning pool steals the cores from the server's other workers.
     options.add_session_config_entry("session.intra_op.allow_spinning", "0")
     options.log_severity_level = 4
+    # A plan of memory for every size of photo that comes along costs more than it saves.
+    options.enable_mem_pattern = False
     if provider == PROVIDERS["directml"]:
         # DirectML supports neither memory patterns nor parallel execution.
-        options.enable_mem_pattern = False
         options.execution_mode = onnxruntime.ExecutionMode.ORT_SEQUENTIAL
     return options

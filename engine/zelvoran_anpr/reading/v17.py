@@ -3,6 +3,7 @@
 TYPE_CHECKING = False  # type checkers take it as true; typing itself is too heavy here
 if TYPE_CHECKING:
     import os
+    from collections.abc import Callable
 
     import numpy as np
 
@@ -23,6 +24,8 @@ class zv_anpr_detector_v17:
     def __init__(self, model: str, backend: str = "cpu"):
         from .plate_detector import PlateDetector
 
+        self._backend = backend
+        self._ahead = None  # the photos that will be asked for
         self._detector = PlateDetector.named(model, backend)
 
     def detect(self, image_rgb: "np.ndarray") -> "list[PlateBox]":
@@ -60,7 +63,29 @@ def zelvoran_anpr_from_image_file(
 
     Raises ReadError (a ValueError) with one clear line when the file is not a readable photo.
     """
+    ahead = getattr(detector, "_ahead", None)
+    known = ahead[1].result(path) if ahead and ahead[0] is ocr else None
+    return known or _read(detector, ocr, path)
+
+
+def _read(detector, ocr, path, admit: "Callable[[int], None] | None" = None) -> "ReadResult":
     from .image_loading import open_photo
     from .pipeline import COARSE, read_plates
 
-    return read_plates(detector, ocr, open_photo(path, COARSE))
+    return read_plates(detector, ocr, open_photo(path, COARSE, admit))
+
+
+def expect_image_files(
+    detector: zv_anpr_detector_v17, ocr: zv_anpr_ocr_v17, paths: "list[str]"
+) -> None:
+    """Begin with photos that `zelvoran_anpr_from_image_file` will be called for, in this order."""
+    from .cpu_cores import physical_cores
+    from .kept_memory import keep_freed_memory
+    from .photos_ahead import PhotosAhead, threads_for
+
+    if detector._ahead:
+        detector._ahead[1].stop()
+    keep_freed_memory()
+    threads = threads_for(detector._backend, physical_cores())
+    ahead = PhotosAhead(lambda path, admit: _read(detector, ocr, path, admit), paths, threads)
+    detector._ahead = ocr, ahead
