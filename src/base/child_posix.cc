@@ -56,10 +56,6 @@ Descriptor nothing() {
 
 }  // namespace
 
-std::string ExitState::text() const {
-  return signal != 0 ? "signal " + std::to_string(signal) : "exit status " + std::to_string(status);
-}
-
 struct Child::State {
   std::vector<PipeEnd> ends;
   std::optional<Process> process;  // the last member, so that it ends before its pipes do

@@ -86,10 +86,6 @@ uv_stdio_flags stdio_flags(Child::Stream kind) {
 
 }  // namespace
 
-std::string ExitState::text() const {
-  return signal != 0 ? "signal " + std::to_string(signal) : "exit status " + std::to_string(status);
-}
-
 struct Child::State {
   uv_process_t process{};
   uv_poll_t interrupt{};

@@ -18,6 +18,10 @@ std::string as_text(std::string_view bytes) {
 
 }  // namespace
 
+std::string ExitState::text() const {
+  return signal != 0 ? "signal " + std::to_string(signal) : "exit status " + std::to_string(status);
+}
+
 Completed run_captured(const std::vector<std::string>& command) {
   using enum Child::Stream;
   check_interrupt();

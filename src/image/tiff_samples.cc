@@ -1,5 +1,6 @@
 // The samples of a TIFF picture, from the strips or tiles where they lie, to RGB.
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "base/error.h"
@@ -37,16 +38,12 @@ struct Layout {
   std::size_t plane_bytes = 0;
 };
 
+// Of greys, RGB and inks, the only colours that come here.
 bool showable(const Layout& layout) {
-  const bool grey =
-      layout.meaning == PHOTOMETRIC_MINISBLACK || layout.meaning == PHOTOMETRIC_MINISWHITE;
-  const bool known =
-      grey || layout.meaning == PHOTOMETRIC_RGB || layout.meaning == PHOTOMETRIC_SEPARATED;
   const bool whole = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
-  const std::uint32_t bits = layout.bits;
-  const bool depth = whole ? bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16 : false;
-  return known && layout.per_pixel >= layout.wanted() &&
-         (depth || (bits == 32 && layout.meaning == PHOTOMETRIC_MINISBLACK));
+  const bool common = whole && layout.bits <= 16 && std::has_single_bit(layout.bits);
+  const bool measured = layout.bits == 32 && layout.meaning == PHOTOMETRIC_MINISBLACK;
+  return layout.per_pixel >= layout.wanted() && (common || measured);
 }
 
 Layout::Layout(const TiffFile& file)
@@ -132,13 +129,10 @@ void read(const TiffFile& file, const Layout& layout, const Block& block, Bytes&
   const auto size = static_cast<tmsize_t>(layout.row_bytes * rows);
   for (std::size_t i = 0; i < layout.planes(); ++i) {
     const auto plane = static_cast<std::uint16_t>(i);
-    std::uint8_t* place = to.data() + i * layout.plane_bytes;
-    const tmsize_t got =
-        layout.tiled
-            ? TIFFReadEncodedTile(
-                  file.get(), TIFFComputeTile(file.get(), block.x, block.y, 0, plane), place, size)
-            : TIFFReadEncodedStrip(file.get(), TIFFComputeStrip(file.get(), block.y, plane), place,
-                                   size);
+    const auto index = layout.tiled ? TIFFComputeTile(file.get(), block.x, block.y, 0, plane)
+                                    : TIFFComputeStrip(file.get(), block.y, plane);
+    const auto read_one = layout.tiled ? TIFFReadEncodedTile : TIFFReadEncodedStrip;
+    const tmsize_t got = read_one(file.get(), index, to.data() + i * layout.plane_bytes, size);
     if (got < 0) file.fail();
     if (got != size) throw Error(TRUNCATED);
   }
