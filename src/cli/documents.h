@@ -1,5 +1,5 @@
-// What is made from the command table for other programs: completion scripts for shells, in which
-// the bare form, a photo without a command, completes as `read` does, and the manual page.
+// What is made from the command table: help pages, the manual page, and completion scripts for
+// shells, in which the bare form, a photo without a command, completes as `read` does.
 #pragma once
 
 #include <string>
@@ -9,6 +9,15 @@
 #include "cli/parse.h"
 
 namespace zv::cli {
+
+// "zelvoran-anpr server start"
+std::string program_name(const CommandPath& path);
+// In the layout that users of sub-command parsers know: "usage: ..." with a line end, and the whole
+// page; `width` in columns.
+std::string usage(const CommandPath& path, std::size_t width);
+std::string help_page(const CommandPath& path, std::size_t width);
+// COLUMNS when set, else 80, less the two columns that are left free at the right.
+std::size_t help_width();
 
 // For bash 3.2 and later; needs no other package.
 std::string bash_completion(const Command& program);

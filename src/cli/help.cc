@@ -1,5 +1,3 @@
-#include "cli/help.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>

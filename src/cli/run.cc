@@ -2,7 +2,7 @@
 
 #include "base/interrupt.h"
 #include "cli/command_table.h"
-#include "cli/help.h"
+#include "cli/documents.h"
 #include "cli/parse.h"
 #include "python/find_interpreter.h"
 

@@ -8,7 +8,6 @@
 
 #include "cli/command_table.h"
 #include "cli/documents.h"
-#include "cli/help.h"
 #include "cli/options.h"
 
 namespace zv::cli {
