@@ -28,7 +28,8 @@ def answer(path):
 """
 SERVER = """
 STATUS = {
-    "running": True, "pid": 77, "port": 8123, "host": "127.0.0.1", "version": "3.2.1", "uptime": 5
+    "running": True, "url": "http://127.0.0.1:8123", "pid": 77, "port": 8123,
+    "host": "127.0.0.1", "version": "3.2.1", "uptime": 5,
 }
 
 
