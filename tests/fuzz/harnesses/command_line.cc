@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "cli/command_table.h"
-#include "cli/help.h"
+#include "cli/documents.h"
 #include "cli/parse.h"
 #include "harness.h"
 
