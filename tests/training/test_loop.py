@@ -7,7 +7,7 @@ import pytest
 
 torch = pytest.importorskip("torch")
 
-from training.loop import checkpoint, schedule, weights  # noqa: E402
+from training.loop import checkpoint, mix, schedule, weights  # noqa: E402
 from training.loop.replay import replayed  # noqa: E402
 from training.loop.samples import loader  # noqa: E402
 from training.loop.trainer import Settings, Trainer  # noqa: E402
@@ -112,3 +112,24 @@ def test_kept_weights_begin_a_new_training_where_the_old_one_ended(tmp_path):
         assert float(fresh.weight.detach()) == pytest.approx(float(learnt), rel=1e-3)
     with pytest.raises(RuntimeError):
         weights.begin(torch.nn.Conv2d(1, 2, 1), trainer.file)
+
+
+def test_a_mix_lies_between_the_weights_of_both_ends(tmp_path):
+    ends = []
+    for name, value in (("begin", 0.0), ("run", 1.0)):
+        state = {"parts": {"average": {"network": {"a": torch.full((2,), value)}}}}
+        (tmp_path / name).mkdir()
+        ends.append(tmp_path / name / "checkpoint.pt")
+        torch.save(state, ends[-1])
+    mix.mix(tmp_path / "run", ends[0], 0.6, tmp_path / "mixed")
+    mixed = torch.load(tmp_path / "mixed" / "checkpoint.pt", weights_only=False)
+    assert torch.allclose(mixed["parts"]["average"]["network"]["a"], torch.full((2,), 0.6))
+
+
+def test_weights_of_another_network_are_not_mixed(tmp_path):
+    for name, size in (("begin", 3), ("run", 2)):
+        (tmp_path / name).mkdir()
+        state = {"parts": {"average": {"network": {"a": torch.zeros(size)}}}}
+        torch.save(state, tmp_path / name / "checkpoint.pt")
+    with pytest.raises(ValueError, match="not of one network"):
+        mix.mix(tmp_path / "run", tmp_path / "begin" / "checkpoint.pt", 0.6, tmp_path / "mixed")
