@@ -94,7 +94,7 @@ class Detection {
     // The server tells formats by their content: everything goes as image/jpeg.
     http::ServerRequest request{.url = address_, .data = fields_};
     request.files.emplace_back("image", http::Upload{name, read_file(path), "image/jpeg"});
-    const Value answer = http::_server_api(session_.engine, std::move(request));
+    const Value answer = http::_server_api(session_.engine, request);
     print_plates(name, http::object_of(answer), session_.out);
   }
 
