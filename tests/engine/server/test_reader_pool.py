@@ -15,28 +15,35 @@ OPTIONS = {
 }
 
 
+def children() -> set[psutil.Process]:
+    """The processes of this one; what other tests started here is among them."""
+    return set(psutil.Process().children())
+
+
 def test_nothing_is_left_when_it_is_closed_while_further_processes_start():
-    async def start_and_close() -> list[psutil.Process]:
+    async def start_and_close() -> set[psutil.Process]:
+        before = children()
         pool = ReaderPool(OPTIONS, threads=2, queue=1, most_seconds=60)
         await pool.start()
         await asyncio.sleep(0.3)  # now the second one loads its models
-        begun = psutil.Process().children()
+        begun = children() - before
         await pool.close()
         assert len(begun) == 2
-        return psutil.Process().children()
+        return children() - before
 
-    assert asyncio.run(start_and_close()) == []
+    assert asyncio.run(start_and_close()) == set()
 
 
 def test_nothing_is_left_when_it_is_closed_before_the_first_process_is_warm():
-    async def start_and_close() -> list[psutil.Process]:
+    async def start_and_close() -> set[psutil.Process]:
+        before = children()
         pool = ReaderPool(OPTIONS, threads=2, queue=1, most_seconds=60)
         starting = asyncio.ensure_future(pool.start())
         await asyncio.sleep(0.3)
-        begun = psutil.Process().children()
+        begun = children() - before
         starting.cancel()
         await pool.close()
         assert len(begun) == 1
-        return psutil.Process().children()
+        return children() - before
 
-    assert asyncio.run(start_and_close()) == []
+    assert asyncio.run(start_and_close()) == set()
